@@ -1,0 +1,199 @@
+#include "host.h"
+
+#include "commandlinewidget.h"
+#include "scriptrunner.h"
+
+#include "kernel/main/abstractparameter.h"
+#include "kernel/main/command.h"
+#include "kernel/main/commandprocessor.h"
+#include "kernel/main/hostcommands.h"
+#include "kernel/main/menuandtoolbarmanager.h"
+#include "kernel/main/modulemanager.h"
+#include "kernel/main/outputconsole.h"
+#include "kernel/main/overseer.h"
+#include "kernel/main/parameterset.h"
+#include "kernel/main/sceneservice.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QDockWidget>
+#include <QImage>
+#include <QLibrary>
+#include <QMainWindow>
+#include <QTextStream>
+#include <QThread>
+
+#include <cstdio>
+#include <typeinfo>
+#include <vector>
+
+using qel::main::Overseer;
+
+namespace {
+
+QString typeLabel(const std::type_info& type)
+{
+    if (type == typeid(bool))
+        return QStringLiteral("bool");
+    if (type == typeid(int))
+        return QStringLiteral("int");
+    if (type == typeid(unsigned int))
+        return QStringLiteral("uint");
+    if (type == typeid(double))
+        return QStringLiteral("double");
+    if (type == typeid(QString))
+        return QStringLiteral("text");
+    if (type == typeid(std::vector<double>))
+        return QStringLiteral("[double,...]");
+    if (type == typeid(std::vector<unsigned int>))
+        return QStringLiteral("[uint,...]");
+    if (type == typeid(std::vector<QString>))
+        return QStringLiteral("[text,...]");
+    if (type.name() == QByteArray("6QColor"))
+        return QStringLiteral("color");
+    return QString::fromLatin1(type.name());
+}
+
+QString describeSet(qel::main::ParameterSet* set)
+{
+    QStringList parameters;
+    for (qel::main::AbstractParameter* parameter : *set->getParameterList())
+        parameters << QStringLiteral("%1:%2").arg(parameter->getParameterName(), typeLabel(parameter->getTypeInfo()));
+    return QStringLiteral("%1(%2)").arg(set->getID()).arg(parameters.join(QLatin1Char(',')));
+}
+
+void printLine(FILE* stream, const QString& text)
+{
+    std::fprintf(stream, "%s\n", text.toLocal8Bit().constData());
+    std::fflush(stream);
+}
+
+} // namespace
+
+int Host::run()
+{
+    routeMessages();
+    loadModules();
+    if (options.listCommands) {
+        printCommands();
+        shutdown();
+        return 0;
+    }
+    bool ok = runScripts();
+    if (ok && !options.screenshotFile.isEmpty())
+        ok = saveScreenshot();
+    if (ok && options.dumpScene)
+        ok = printSceneDump();
+    if (!ok || options.isBatch()) {
+        shutdown();
+        return ok ? 0 : 1;
+    }
+    return runWindow();
+}
+
+// User-facing lines of the command processor go to the output console and, since a
+// batch run has no window, to stderr as well.
+void Host::routeMessages()
+{
+    Overseer* overseer = Overseer::getInstance();
+    qel::main::OutputConsole* console = overseer->getOutputConsole();
+    overseer->getCommandProcessor()->setMessageSink([console](const QString& line) {
+        printLine(stderr, line);
+        console->appendText(line);
+    });
+}
+
+void Host::loadModules()
+{
+    qel::main::CommandProcessor* processor = Overseer::getInstance()->getCommandProcessor();
+    qel::main::registerHostCommands(processor);
+    Overseer::getInstance()->getModuleManager()->loadModules(QCoreApplication::applicationDirPath());
+}
+
+void Host::printCommands() const
+{
+    for (qel::main::Command* command : Overseer::getInstance()->getCommandProcessor()->getCommands()) {
+        QStringList sets;
+        for (qel::main::ParameterSet* set : *command->getParameterSets())
+            sets << describeSet(set);
+        printLine(stdout, QStringLiteral("%1 %2").arg(command->getName(), sets.join(QLatin1Char(' '))).trimmed());
+    }
+}
+
+bool Host::runScripts()
+{
+    ScriptRunner runner(Overseer::getInstance()->getCommandProcessor());
+    bool ok = runner.runLines(options.commands, QStringLiteral("--exec"));
+    if (ok && !options.runFile.isEmpty())
+        ok = runner.runFile(options.runFile);
+    if (!ok)
+        printLine(stderr, QStringLiteral("qel: %1").arg(runner.lastError()));
+    return ok;
+}
+
+qel::main::SceneService* Host::sceneService() const
+{
+    typedef qel::main::SceneService* (*ServiceAccessor)();
+    const QDir folder(QCoreApplication::applicationDirPath());
+    for (const QString& name : folder.entryList({QStringLiteral("lib*.so")}, QDir::Files)) {
+        auto accessor = reinterpret_cast<ServiceAccessor>(
+            QLibrary::resolve(folder.absoluteFilePath(name), "getSceneService"));
+        if (accessor)
+            return accessor();
+    }
+    return nullptr;
+}
+
+bool Host::saveScreenshot()
+{
+    qel::main::SceneService* service = sceneService();
+    if (!service) {
+        printLine(stderr, QStringLiteral("qel: no loaded module can render the scene"));
+        return false;
+    }
+    const QStringList size = options.screenshotSize.split(QLatin1Char('x'));
+    const QImage image = service->renderScene(QSize(size.at(0).toInt(), size.at(1).toInt()));
+    if (image.isNull() || !image.save(options.screenshotFile)) {
+        printLine(stderr, QStringLiteral("qel: could not save the screenshot to '%1'").arg(options.screenshotFile));
+        return false;
+    }
+    return true;
+}
+
+bool Host::printSceneDump()
+{
+    qel::main::SceneService* service = sceneService();
+    if (!service) {
+        printLine(stderr, QStringLiteral("qel: no loaded module can dump the scene"));
+        return false;
+    }
+    std::fputs(service->dumpScene().toLocal8Bit().constData(), stdout);
+    std::fflush(stdout);
+    return true;
+}
+
+int Host::runWindow()
+{
+    Overseer* overseer = Overseer::getInstance();
+    QMainWindow* window = overseer->getMainWindow();
+    auto* commandLine = new CommandLineWidget;
+    QObject::connect(commandLine, &CommandLineWidget::commandEntered, [overseer](const QString& command) {
+        overseer->executeCommand(command, qel::main::Command::EXECUTE_SYNCHRONOUS, true);
+    });
+    QDockWidget* dock = overseer->registerDockWidget(QObject::tr("Command line"), Qt::BottomDockWidgetArea);
+    dock->setWidget(commandLine);
+    overseer->getMenuAndToolbarManager()->buildGUI();
+    window->setWindowTitle(QStringLiteral("qel"));
+    window->resize(1280, 900);
+    window->show();
+    commandLine->setFocus();
+    const int code = QApplication::exec();
+    shutdown();
+    return code;
+}
+
+void Host::shutdown()
+{
+    Overseer::getInstance()->getCommandProcessor()->waitForAll();
+    Overseer::getInstance()->getModuleManager()->unloadModules();
+}

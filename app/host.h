@@ -1,0 +1,33 @@
+#pragma once
+
+#include "hostoptions.h"
+
+namespace qel {
+namespace main {
+class SceneService;
+}
+}
+
+// The stand-alone host: loads the modules beside the executable, registers their
+// commands and the host's own, then either opens the main window or works in batch.
+class Host
+{
+public:
+    explicit Host(const HostOptions& options) : options(options) {}
+
+    // Runs after the QApplication exists; returns the process exit code.
+    int run();
+
+private:
+    void routeMessages();
+    void loadModules();
+    void printCommands() const;
+    bool runScripts();
+    bool saveScreenshot();
+    bool printSceneDump();
+    int runWindow();
+    void shutdown();
+    qel::main::SceneService* sceneService() const;
+
+    HostOptions options;
+};

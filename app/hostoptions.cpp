@@ -1,0 +1,67 @@
+#include "hostoptions.h"
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+
+bool HostOptions::parse(const QStringList& arguments, QString* error)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("3D scene host: load meshes, view and script them."));
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this help."));
+    const QCommandLineOption run(QStringLiteral("run"),
+                                 QStringLiteral("Execute the command strings of FILE, one a line."), QStringLiteral("FILE"));
+    const QCommandLineOption exec(QStringLiteral("exec"), QStringLiteral("Execute one command string (repeatable)."),
+                                  QStringLiteral("COMMAND"));
+    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
+                                        QStringLiteral("Render the scene offscreen and save it to OUT.png."),
+                                        QStringLiteral("OUT.png"));
+    const QCommandLineOption size(QStringLiteral("size"), QStringLiteral("Size of the screenshot, WIDTHxHEIGHT."),
+                                  QStringLiteral("SIZE"));
+    const QCommandLineOption offscreenOption(QStringLiteral("offscreen"), QStringLiteral("Show no window."));
+    const QCommandLineOption list(QStringLiteral("list-commands"),
+                                  QStringLiteral("Print every registered command with its parameter sets."));
+    const QCommandLineOption dump(QStringLiteral("dump-scene"), QStringLiteral("Print the scene tree at the end."));
+    const QCommandLineOption level(QStringLiteral("log-level"),
+                                   QStringLiteral("Print log lines up to level N to stderr (0 misuse, 1000 errors, "
+                                                  "2000 warnings, 3000 information, 4000 debugging)."),
+                                   QStringLiteral("N"));
+    parser.addOptions({help, run, exec, screenshot, size, offscreenOption, list, dump, level});
+
+    if (!parser.parse(arguments)) {
+        *error = parser.errorText();
+        return false;
+    }
+    if (parser.isSet(help)) {
+        helpRequested = true;
+        helpText = parser.helpText();
+        return true;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        *error = QStringLiteral("Unexpected argument '%1'").arg(parser.positionalArguments().first());
+        return false;
+    }
+    runFile = parser.value(run);
+    commands = parser.values(exec);
+    screenshotFile = parser.value(screenshot);
+    offscreen = parser.isSet(offscreenOption);
+    listCommands = parser.isSet(list);
+    dumpScene = parser.isSet(dump);
+    if (parser.isSet(size)) {
+        if (!QRegularExpression(QStringLiteral("^\\d+x\\d+$")).match(parser.value(size)).hasMatch()) {
+            *error = QStringLiteral("--size expects WIDTHxHEIGHT, got '%1'").arg(parser.value(size));
+            return false;
+        }
+        screenshotSize = parser.value(size);
+    }
+    if (parser.isSet(level)) {
+        bool ok = false;
+        logLevel = parser.value(level).toUInt(&ok);
+        if (!ok) {
+            *error = QStringLiteral("--log-level expects a number, got '%1'").arg(parser.value(level));
+            return false;
+        }
+        logLevelGiven = true;
+    }
+    return true;
+}

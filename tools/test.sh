@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Builds and runs the whole test suite: every test under a private X server (GL tests
+# need one, Mesa's software renderer draws), then the tests without GL again under
+# AddressSanitizer and UndefinedBehaviorSanitizer.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+BUILD_DIR=build tools/build.sh -DQEL_BUILD_BENCH=ON
+(cd build && xvfb-run -a -s "-screen 0 1600x1200x24" ctest --output-on-failure -j2)
+
+if [ "${QEL_SKIP_SANITIZERS:-0}" != "1" ]; then
+  BUILD_DIR=build-sanitize BUILD_TYPE=Debug tools/build.sh -DQEL_SANITIZE=ON -DQEL_BUILD_BENCH=OFF
+  (cd build-sanitize && ASAN_OPTIONS=detect_leaks=0:abort_on_error=1 \
+     UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+     ctest --output-on-failure -L nogl -j2)
+fi
