@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QDockWidget>
+#include <QFile>
 #include <QImage>
 #include <QLibrary>
 #include <QMainWindow>
@@ -82,7 +83,7 @@ int Host::run()
     bool ok = runScripts();
     if (ok && !options.screenshotFile.isEmpty())
         ok = saveScreenshot();
-    if (ok && options.dumpScene)
+    if (ok && !options.dumpFile.isEmpty())
         ok = printSceneDump();
     if (!ok || options.isBatch()) {
         shutdown();
@@ -167,8 +168,17 @@ bool Host::printSceneDump()
         printLine(stderr, QStringLiteral("qel: no loaded module can dump the scene"));
         return false;
     }
-    std::fputs(service->dumpScene().toLocal8Bit().constData(), stdout);
-    std::fflush(stdout);
+    const QByteArray json = service->dumpScene().toUtf8();
+    if (options.dumpFile == QLatin1String("-")) {
+        std::fputs(json.constData(), stdout);
+        std::fflush(stdout);
+        return true;
+    }
+    QFile file(options.dumpFile);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(json) != json.size()) {
+        printLine(stderr, QStringLiteral("qel: could not write the scene to '%1': %2").arg(options.dumpFile, file.errorString()));
+        return false;
+    }
     return true;
 }
 

@@ -21,7 +21,9 @@ bool HostOptions::parse(const QStringList& arguments, QString* error)
     const QCommandLineOption offscreenOption(QStringLiteral("offscreen"), QStringLiteral("Show no window."));
     const QCommandLineOption list(QStringLiteral("list-commands"),
                                   QStringLiteral("Print every registered command with its parameter sets."));
-    const QCommandLineOption dump(QStringLiteral("dump-scene"), QStringLiteral("Print the scene tree at the end."));
+    const QCommandLineOption dump(QStringLiteral("dump-scene"),
+                                  QStringLiteral("Write the scene as JSON to OUT.json at the end (- for stdout)."),
+                                  QStringLiteral("OUT.json"));
     const QCommandLineOption level(QStringLiteral("log-level"),
                                    QStringLiteral("Print log lines up to level N to stderr (0 misuse, 1000 errors, "
                                                   "2000 warnings, 3000 information, 4000 debugging)."),
@@ -46,7 +48,7 @@ bool HostOptions::parse(const QStringList& arguments, QString* error)
     screenshotFile = parser.value(screenshot);
     offscreen = parser.isSet(offscreenOption);
     listCommands = parser.isSet(list);
-    dumpScene = parser.isSet(dump);
+    dumpFile = parser.value(dump);
     if (parser.isSet(size)) {
         if (!QRegularExpression(QStringLiteral("^\\d+x\\d+$")).match(parser.value(size)).hasMatch()) {
             *error = QStringLiteral("--size expects WIDTHxHEIGHT, got '%1'").arg(parser.value(size));

@@ -11,13 +11,13 @@ struct HostOptions
     QString screenshotSize = QStringLiteral("1024x768");
     bool offscreen = false;
     bool listCommands = false;
-    bool dumpScene = false;
+    QString dumpFile;
     bool logLevelGiven = false;
     unsigned int logLevel = 2000;
     QStringList commands; // given with --exec, run before --run
 
     // True when no window is wanted: the host works and quits.
-    bool isBatch() const { return offscreen || listCommands || dumpScene || !screenshotFile.isEmpty(); }
+    bool isBatch() const { return offscreen || listCommands || !dumpFile.isEmpty() || !screenshotFile.isEmpty(); }
 
     // Parses the arguments; on failure fills `error` and returns false. `--help` fills
     // `helpText` and returns true with `helpRequested` set.

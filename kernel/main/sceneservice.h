@@ -8,7 +8,7 @@ namespace qel {
 namespace main {
 
 // The extras that only the stand-alone host offers (a rendered picture of the scene,
-// a text dump of its tree). A module that can provide them exports
+// a JSON dump of its state). A module that can provide them exports
 //   extern "C" qel::main::SceneService* getSceneService();
 // and the host resolves it by name, as it resolves getFactory.
 class SceneService
@@ -18,7 +18,7 @@ public:
 
     // The scene as seen by a default view, rendered offscreen; a null image on failure.
     virtual QImage renderScene(const QSize& size) = 0;
-    // The element tree, one element a line, indented by depth.
+    // The scene's state as a JSON document.
     virtual QString dumpScene() = 0;
 };
 
