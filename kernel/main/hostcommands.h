@@ -1,0 +1,12 @@
+#pragma once
+
+namespace qel {
+namespace main {
+
+class CommandProcessor;
+
+// Registers undo, redo, recordmacro, stopmacro and runmacro with the processor.
+void registerHostCommands(CommandProcessor* processor);
+
+} // namespace main
+} // namespace qel
