@@ -1,10 +1,15 @@
 #include "kernel/main/command.h"
 #include "kernel/main/commandprocessor.h"
 #include "kernel/main/parameter.h"
+#include "kernel/main/settingscommand.h"
+#include "kernel/events/eventhandler.h"
+#include "kernel/main/eventmanager.h"
 #include "kernel/util/exception.h"
 #include "support/logcapture.h"
 
+#include <QAction>
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QDir>
 #include <QFile>
 #include <QMutex>
@@ -400,4 +405,52 @@ TEST(Command, CopySharesDescriptorsAndDeepCopiesSets)
     second.reset();
     EXPECT_EQ(1u, original->getGUIDescriptors().size());
     delete original;
+}
+
+TEST(CommandGUIDescriptor, ActionIsMadeOnceOnTheApplicationThreadWithTheStoredState)
+{
+    qel::main::CommandGUIDescriptor entry(qel::main::CommandGUIDescriptor::TOOLBAR, "Scene", 10, "View x-y-plane",
+                                         "Looks along z", nullptr);
+    entry.setShortcut(QKeySequence("F"));
+    entry.enableQAction(false);
+
+    QAction* fromWorker = nullptr;
+    QThread* worker = QThread::create([&entry, &fromWorker] { fromWorker = entry.getQAction(); });
+    QEventLoop loop;
+    QObject::connect(worker, &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    worker->start();
+    loop.exec();
+    worker->wait();
+    delete worker;
+
+    ASSERT_NE(nullptr, fromWorker);
+    EXPECT_EQ(fromWorker, entry.getQAction());
+    EXPECT_EQ(QCoreApplication::instance()->thread(), fromWorker->thread());
+    EXPECT_EQ("View x-y-plane", fromWorker->text());
+    EXPECT_EQ("Looks along z", fromWorker->toolTip());
+    EXPECT_EQ(QKeySequence("F"), fromWorker->shortcut());
+    EXPECT_FALSE(fromWorker->isEnabled());
+    entry.enableQAction(true);
+    EXPECT_TRUE(fromWorker->isEnabled());
+}
+
+TEST(SettingsCommand, AnnouncesChangesOnlyWhenAllowed)
+{
+    struct Setting : qel::main::SettingsCommand
+    {
+        Setting() : SettingsCommand(new CommandDescriptor("setsomething", "")) { enableCloning<Setting>(); }
+        void execute() override { settingsChanged(); }
+    };
+    int announced = 0;
+    const unsigned long id = qel::events::EventHandler::getInstance()->addEvent("Global", "SETTINGS_CHANGED");
+    qel::main::EventManager::getInstance()->registerEventFunction(
+        id, new qel::main::EventManager::EventFunction([&announced](const qel::main::Event*) { ++announced; }),
+        &announced);
+    Setting setting;
+    setting.execute();
+    setting.setSettingsChangedEventEnabled(false);
+    std::unique_ptr<Command> copy(setting.clone());
+    copy->execute();
+    qel::main::EventManager::getInstance()->unregisterAllEventFunctionsOf(&announced);
+    EXPECT_EQ(1, announced);
 }
