@@ -60,6 +60,8 @@ public:
 
     bool operator==(const T* raw) const { return pointer == raw; }
     bool operator!=(const T* raw) const { return pointer != raw; }
+    bool operator==(T* raw) const { return pointer == raw; }
+    bool operator!=(T* raw) const { return pointer != raw; }
     bool operator==(const ZPointer& other) const { return pointer == other.pointer; }
     bool operator!=(const ZPointer& other) const { return pointer != other.pointer; }
     bool isNull() const { return pointer == nullptr; }
