@@ -6,10 +6,8 @@
 #include "kernel/main/abstractparameter.h"
 #include "kernel/main/command.h"
 #include "kernel/main/commandprocessor.h"
-#include "kernel/main/hostcommands.h"
 #include "kernel/main/menuandtoolbarmanager.h"
 #include "kernel/main/modulemanager.h"
-#include "kernel/main/outputconsole.h"
 #include "kernel/main/overseer.h"
 #include "kernel/main/parameterset.h"
 #include "kernel/main/sceneservice.h"
@@ -73,7 +71,6 @@ void printLine(FILE* stream, const QString& text)
 
 int Host::run()
 {
-    routeMessages();
     loadModules();
     if (options.listCommands) {
         printCommands();
@@ -92,22 +89,8 @@ int Host::run()
     return runWindow();
 }
 
-// User-facing lines of the command processor go to the output console and, since a
-// batch run has no window, to stderr as well.
-void Host::routeMessages()
-{
-    Overseer* overseer = Overseer::getInstance();
-    qel::main::OutputConsole* console = overseer->getOutputConsole();
-    overseer->getCommandProcessor()->setMessageSink([console](const QString& line) {
-        printLine(stderr, line);
-        console->appendText(line);
-    });
-}
-
 void Host::loadModules()
 {
-    qel::main::CommandProcessor* processor = Overseer::getInstance()->getCommandProcessor();
-    qel::main::registerHostCommands(processor);
     Overseer::getInstance()->getModuleManager()->loadModules(QCoreApplication::applicationDirPath());
 }
 
@@ -192,7 +175,7 @@ int Host::runWindow()
     });
     QDockWidget* dock = overseer->registerDockWidget(QObject::tr("Command line"), Qt::BottomDockWidgetArea);
     dock->setWidget(commandLine);
-    overseer->getMenuAndToolbarManager()->buildGUI();
+    overseer->getMenuAndToolbarManager()->update();
     window->setWindowTitle(QStringLiteral("qel"));
     window->resize(1280, 900);
     window->show();

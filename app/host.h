@@ -19,7 +19,6 @@ public:
     int run();
 
 private:
-    void routeMessages();
     void loadModules();
     void printCommands() const;
     bool runScripts();
