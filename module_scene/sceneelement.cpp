@@ -3,7 +3,9 @@
 #include "kernel/log/logger.h"
 #include "kernel/main/event.h"
 #include "kernel/main/eventmanager.h"
+#include "kernel/main/undoredomanager.h"
 #include "kernel/math/quaternion.h"
+#include "module_scene/sceneelementmemento.h"
 #include "module_scene/sceneevents.h"
 
 #include <QWidget>
@@ -218,11 +220,13 @@ void SceneElement::operator+=(const Matrix4& matrix)
     setChanged(CHANGE_TRANSFORM);
 }
 
-// The undo memento of the move is taken here once SceneElementMemento exists; until
-// then takeMemento has no effect.
-void SceneElement::transformStart(bool)
+// The memento is taken before listeners hear of the move, and stored after them.
+void SceneElement::transformStart(bool takeMemento)
 {
+    main::Memento* memento = takeMemento ? retrieveMemento(nullptr) : nullptr;
     fire(SCENE_ELEMENT_TRANSFORM_START, this, this);
+    if (memento)
+        main::UndoRedoManager::getInstance()->addMemento(memento);
 }
 
 void SceneElement::transformFinish(SceneElement* initiator)
@@ -573,7 +577,9 @@ void SceneElement::setOriginPosition(const Vector4& position)
                          nullptr, "Origin of element %s is not changeable!", qPrintable(m_name));
         return;
     }
-    const Vector4 offset = (position - m_transformMatrix.getColumn(3)) * -1.0;
+    Vector4 offset = position - m_transformMatrix.getColumn(3);
+    for (int i = 0; i < 4; ++i)
+        offset[i] = math::snap(offset[i]) * -1.0;
     if (offset.dot(offset) == Traits::Zero)
         return;
     Matrix4 shift = Matrix4::translation(offset.x(), offset.y(), offset.z());
@@ -601,6 +607,25 @@ void SceneElement::setScalingFactor(double factor)
         return;
     m_scaledBoundingBox.center.w() = Traits::Zero;
     m_boundingSphereDiameter = getBoundingBox(true).size.length();
+}
+
+main::Memento* SceneElement::getMemento()
+{
+    return retrieveMemento(nullptr);
+}
+
+main::Memento* SceneElement::retrieveMemento(main::Memento* parent)
+{
+    auto* memento = new SceneElementMemento(this, m_transformMatrix, m_originMatrix);
+    auto* list = dynamic_cast<SceneElementMemento*>(parent);
+    main::Memento* top = memento;
+    if (list) {
+        list->addChild(memento);
+        top = list;
+    }
+    for (const Pointer& child : m_childs)
+        child->retrieveMemento(top);
+    return top;
 }
 
 QWidget* SceneElement::createCustomGUI()

@@ -26,6 +26,7 @@ class Memento;
 namespace scene {
 
 class Scene;
+class SceneElementMemento;
 
 // A node of the scene tree and the base of everything in a scene. Elements are always
 // held by ZPointer: a parent and its children keep each other alive until removeChild
@@ -180,6 +181,9 @@ public:
     double getScalingFactor() const { return m_scalingFactor; }
     void setScalingFactor(double factor);
 
+    // Undo: a memento of this element and its subtree (owned by the caller).
+    main::Memento* getMemento();
+
 protected:
     // The element's own drawing in its local frame.
     virtual void drawGL() = 0;
@@ -190,6 +194,10 @@ protected:
     virtual void transformFinished(SceneElement* initiator);
     virtual void setFutureTransform(const Matrix4& matrix);
     virtual void shiftMatrices();
+
+    // Adds a memento of this element to the parent's list, or makes it the top one when
+    // there is no parent, then does the same for the children. Returns the top memento.
+    main::Memento* retrieveMemento(main::Memento* parent);
 
     QString m_name;
     bool m_isBoundingBoxVisible = false;
@@ -230,6 +238,9 @@ protected:
     Matrix4 m_originMatrix;
 
 private:
+    // Restores the origin without announcing it.
+    friend class SceneElementMemento;
+
     SceneElement(const SceneElement&) = delete;
     SceneElement& operator=(const SceneElement&) = delete;
 
