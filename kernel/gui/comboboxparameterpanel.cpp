@@ -12,14 +12,20 @@ namespace main {
 
 ComboBoxParameterPanel::ComboBoxParameterPanel(AbstractParameter* parameter, const std::list<QString>* items,
                                                QWidget* parent)
-    : ParameterPanel(parameter, parent), comboBox(nullptr), items(items), values(nullptr)
+    : ParameterPanel(parameter, parent), comboBox(nullptr), items(items), itemList(nullptr), values(nullptr)
+{
+    buildLayout();
+}
+
+ComboBoxParameterPanel::ComboBoxParameterPanel(AbstractParameter* parameter, const QStringList* items, QWidget* parent)
+    : ParameterPanel(parameter, parent), comboBox(nullptr), items(nullptr), itemList(items), values(nullptr)
 {
     buildLayout();
 }
 
 ComboBoxParameterPanel::ComboBoxParameterPanel(AbstractParameter* parameter, const std::map<QString, int>* values,
                                                QWidget* parent)
-    : ParameterPanel(parameter, parent), comboBox(nullptr), items(nullptr), values(values)
+    : ParameterPanel(parameter, parent), comboBox(nullptr), items(nullptr), itemList(nullptr), values(values)
 {
     buildLayout();
 }
@@ -42,6 +48,8 @@ QStringList ComboBoxParameterPanel::entries() const
     if (items) {
         for (const QString& item : *items)
             names.append(item);
+    } else if (itemList) {
+        names = *itemList;
     } else if (values) {
         std::vector<std::pair<int, QString>> byNumber;
         for (const auto& entry : *values)

@@ -3,6 +3,7 @@
 #include "kernel/gui/parameterpanel.h"
 
 #include <QString>
+#include <QStringList>
 #include <list>
 #include <map>
 
@@ -20,6 +21,7 @@ class ComboBoxParameterPanel : public ParameterPanel
 
 public:
     ComboBoxParameterPanel(AbstractParameter* parameter, const std::list<QString>* items, QWidget* parent = nullptr);
+    ComboBoxParameterPanel(AbstractParameter* parameter, const QStringList* items, QWidget* parent = nullptr);
     ComboBoxParameterPanel(AbstractParameter* parameter, const std::map<QString, int>* values,
                            QWidget* parent = nullptr);
 
@@ -35,6 +37,7 @@ private:
 
     QComboBox* comboBox;
     const std::list<QString>* items;
+    const QStringList* itemList;
     const std::map<QString, int>* values;
 };
 

@@ -356,8 +356,9 @@ bool ZTarFile::readIndex(qint64* endOfMembers)
         }
         offset = dataOffset + paddedSize(size);
     }
-    // An archive without its end blocks is accepted as long as it ends between members.
-    *endOfMembers = qMin(offset, fileSize);
+    // An archive without its end blocks is accepted as long as no member is cut short;
+    // an append fills the missing padding of the last one.
+    *endOfMembers = offset;
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "kernel/main/overseer.h"
 
 #include "kernel/log/logger.h"
+#include "kernel/main/commandguidescriptor.h"
 #include "kernel/main/commandprocessor.h"
 #include "kernel/main/hostcommands.h"
 #include "kernel/main/menuandtoolbarmanager.h"
@@ -161,6 +162,10 @@ void Overseer::createMainWindow()
     window->addDockWidget(Qt::BottomDockWidgetArea, outputDock);
 
     menuManager = new MenuAndToolbarManager(window, processor, ModuleManager::getInstance());
+    // The host's own menus stand before those of the modules.
+    menuManager->setHostPosition(CommandGUIDescriptor::MAINMENU, QObject::tr("File"), 0);
+    menuManager->setHostPosition(CommandGUIDescriptor::MAINMENU, QObject::tr("Edit"), 10);
+    menuManager->update();
     {
         QMutexLocker locker(&consoleMutex);
         console = outputConsole;
