@@ -195,7 +195,9 @@ void ModuleManager::unloadModules()
     if (modules.empty())
         return;
     // The menus hold the actions of the commands that are about to go.
-    Overseer::getInstance()->getMenuAndToolbarManager()->clear();
+    Overseer* overseer = Overseer::getInstance();
+    if (overseer->hasMainWindow())
+        overseer->getMenuAndToolbarManager()->clear();
     for (auto loaded = modules.rbegin(); loaded != modules.rend(); ++loaded)
         shutDown(*loaded);
     refreshMenus();
@@ -220,9 +222,12 @@ void ModuleManager::shutDown(const LoadedModule& loaded)
     delete loaded.library;
 }
 
+// Without a main window there is nothing to refresh: it builds its menus when it is made.
 void ModuleManager::refreshMenus()
 {
-    Overseer::getInstance()->getMenuAndToolbarManager()->update();
+    Overseer* overseer = Overseer::getInstance();
+    if (overseer->hasMainWindow())
+        overseer->getMenuAndToolbarManager()->update();
 }
 
 Module* ModuleManager::getModule(const QString& name) const

@@ -75,8 +75,9 @@ void Overseer::destroyInstance()
         Overseer* existing = instance.load();
         if (!existing)
             return;
-        ModuleManager::getInstance()->unloadModules();
         existing->processor->waitForAll();
+        existing->deleteMainWindow();
+        ModuleManager::getInstance()->unloadModules();
         instance.store(nullptr);
         delete existing;
     });
@@ -100,12 +101,7 @@ Overseer::~Overseer()
 {
     qel::log::Logger::removeListener(logListener);
     processor->setMessageSink(CommandProcessor::MessageSink());
-    {
-        QMutexLocker locker(&consoleMutex);
-        console = nullptr;
-    }
-    delete menuManager;
-    delete mainWindow.load();
+    deleteMainWindow();
     delete processor;
     if (QSettings* existing = settings.load()) {
         existing->sync();
@@ -174,6 +170,23 @@ void Overseer::createMainWindow()
         pendingLines.clear();
     }
     mainWindow.store(window);
+}
+
+bool Overseer::hasMainWindow() const
+{
+    return mainWindow.load() != nullptr;
+}
+
+void Overseer::deleteMainWindow()
+{
+    {
+        QMutexLocker locker(&consoleMutex);
+        console = nullptr;
+    }
+    delete menuManager;
+    menuManager = nullptr;
+    delete mainWindow.exchange(nullptr);
+    workspace = nullptr;
 }
 
 QMdiArea* Overseer::getWorkspace()

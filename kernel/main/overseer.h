@@ -41,11 +41,14 @@ public:
 
     // Made on first use; a QApplication must exist.
     static Overseer* getInstance();
-    // The host's last step before the application object goes: unloads the modules,
-    // closes the windows and deletes the services.
+    // The host's last step before the application object goes: deletes the main window
+    // with every widget in it while the modules' code is still loaded, then unloads the
+    // modules and deletes the services.
     static void destroyInstance();
 
     QMainWindow* getMainWindow();
+    // Whether the main window exists (asking doesn't make it).
+    bool hasMainWindow() const;
     QThread* getApplicationThread() const;
 
     // Queues the worker for the application thread; there it runs at once.
@@ -79,6 +82,7 @@ private:
     static Overseer* createInstance();
     static void runOnApplicationThread(const boost::function<void()>& work);
     void createMainWindow();
+    void deleteMainWindow();
     void forwardLogRecord(const qel::log::LogRecord& record);
     void forwardSinkMessage(const QString& message);
     // Never blocks: lines that come before the console exists wait for it.

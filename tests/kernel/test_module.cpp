@@ -10,6 +10,9 @@
 #include "support/logcapture.h"
 
 #include <QDir>
+#include <QDockWidget>
+#include <QMainWindow>
+#include <QPointer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -194,4 +197,49 @@ TEST_F(ModuleTest, FolderWithoutModulesIsLoggedAndSkipped)
     log.clear();
     EXPECT_EQ(0, ModuleManager::getInstance()->loadModules(folder.filePath("missing")));
     EXPECT_EQ(1, log.count("doesn't exist", 1000));
+}
+
+namespace {
+
+// Keeps a dock in the main window, as the scene's panels do.
+class DockModule : public Module
+{
+public:
+    explicit DockModule(InformationObject* information) : Module(information) {}
+    void load(StatusFunction) override
+    {
+        dock = Overseer::getInstance()->registerDockWidget("Farewell", Qt::LeftDockWidgetArea);
+    }
+    void doShutdownActions() override { journal->steps << QString("shutdown, dock alive: %1").arg(!dock.isNull()); }
+    ~DockModule() override { journal->steps << "destroyed"; }
+
+    QPointer<QDockWidget> dock;
+};
+
+class DockFactory : public ModuleFactory
+{
+public:
+    DockFactory()
+    {
+        setInformationObject(new InformationObject("keeps a dock", "Farewell", QIcon()));
+        registerPrimaryCommand(&createPlainCommand);
+    }
+    Module* createModule() override { return new DockModule(getInformationObject()); }
+};
+
+} // namespace
+
+TEST_F(ModuleTest, DestroyingTheHostClosesTheWindowsBeforeTheModulesGo)
+{
+    DockFactory factory;
+    ASSERT_TRUE(ModuleManager::getInstance()->addModule(&factory));
+    ASSERT_NE(nullptr, Overseer::getInstance()->getMainWindow()->findChild<QDockWidget*>("Farewell"));
+
+    Overseer::destroyInstance();
+    EXPECT_EQ(QStringList({"shutdown, dock alive: 0", "destroyed"}), record.steps);
+    EXPECT_TRUE(ModuleManager::getInstance()->getModules().empty());
+
+    // A fresh host starts empty.
+    EXPECT_EQ(nullptr, Overseer::getInstance()->getCommandProcessor()->getCommand("fakemoduleplain"));
+    EXPECT_EQ(nullptr, Overseer::getInstance()->getMainWindow()->findChild<QDockWidget*>("Farewell"));
 }
