@@ -187,6 +187,7 @@ int Host::runWindow()
 
 void Host::shutdown()
 {
-    Overseer::getInstance()->getCommandProcessor()->waitForAll();
-    Overseer::getInstance()->getModuleManager()->unloadModules();
+    // Waits for running commands, deletes the windows while the modules' code is
+    // still loaded, then unloads the modules.
+    Overseer::destroyInstance();
 }

@@ -2,6 +2,7 @@
 
 #include "kernel/util/zobject.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace qel {
@@ -62,6 +63,8 @@ public:
     bool operator!=(const T* raw) const { return pointer != raw; }
     bool operator==(T* raw) const { return pointer == raw; }
     bool operator!=(T* raw) const { return pointer != raw; }
+    bool operator==(std::nullptr_t) const { return pointer == nullptr; }
+    bool operator!=(std::nullptr_t) const { return pointer != nullptr; }
     bool operator==(const ZPointer& other) const { return pointer == other.pointer; }
     bool operator!=(const ZPointer& other) const { return pointer != other.pointer; }
     bool isNull() const { return pointer == nullptr; }
