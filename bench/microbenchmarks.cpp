@@ -4,6 +4,8 @@
 #include "kernel/util/zmemorymanaged.h"
 #include "kernel/util/zpointer.h"
 
+#include "microbenchmarks.h"
+
 #include <benchmark/benchmark.h>
 
 namespace {
@@ -42,4 +44,12 @@ BENCHMARK(BM_FireEvent)->Arg(1)->Arg(8)->Arg(64);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int runMicroBenchmarks(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 2;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

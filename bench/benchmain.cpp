@@ -1,0 +1,44 @@
+// qel-bench: one executable, one sub-command per benchmark.
+//   qel-bench micro [Google Benchmark flags]   small kernels (events, pointers, parsing)
+// Each sub-command prints a table; those that take --json FILE also write their figures there.
+#include "microbenchmarks.h"
+
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <string>
+
+namespace {
+
+typedef std::function<int(int, char**)> SubCommand;
+
+const std::map<std::string, SubCommand>& subCommands()
+{
+    static const std::map<std::string, SubCommand> commands = {
+        {"micro", runMicroBenchmarks},
+    };
+    return commands;
+}
+
+int usage()
+{
+    std::fprintf(stderr, "usage: qel-bench <sub-command> [options]\nsub-commands:");
+    for (const auto& entry : subCommands())
+        std::fprintf(stderr, " %s", entry.first.c_str());
+    std::fprintf(stderr, "\n");
+    return 2;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 2)
+        return usage();
+    auto found = subCommands().find(argv[1]);
+    if (found == subCommands().end())
+        return usage();
+    // The sub-command sees its own name as argv[0].
+    return found->second(argc - 1, argv + 1);
+}
