@@ -1,0 +1,43 @@
+#pragma once
+
+#include "kernel/main/command.h"
+
+namespace qel {
+namespace main {
+class Event;
+}
+namespace scene {
+class SceneElement;
+}
+namespace commands {
+namespace scene {
+
+// Base of the commands that act on the focused element. Every instance follows the focus
+// through SCENE_ELEMENT_FOCUSED; the element it points to is kept alive by the scene.
+class SceneCommand : public main::Command
+{
+public:
+    SceneCommand(main::CommandDescriptor* descriptor, main::CommandGUIDescriptor* guiDescriptor);
+    SceneCommand(const SceneCommand& other);
+    ~SceneCommand() override;
+
+    main::Command* clone() const override;
+
+    qel::scene::SceneElement* getFocusedElement() const { return mp_Element; }
+
+protected:
+    virtual void setCheckable(bool checkable);
+    virtual void setChecked(bool checked);
+    // Called when the focus moved to another element (or to none).
+    virtual void focusChanged() = 0;
+
+    qel::scene::SceneElement* mp_Element;
+
+private:
+    void registerFocusFunction();
+    void sceneElementFocused(const main::Event* event);
+};
+
+} // namespace scene
+} // namespace commands
+} // namespace qel
