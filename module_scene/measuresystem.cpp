@@ -16,10 +16,12 @@ const char* const MetricSetting = "settings/metricsystem";
 
 } // namespace
 
+// An object of the library, not of the heap: it leaves the event manager when the
+// module is unloaded.
 MeasureSystem* MeasureSystem::getInstance()
 {
-    static MeasureSystem* instance = new MeasureSystem;
-    return instance;
+    static MeasureSystem instance;
+    return &instance;
 }
 
 MeasureSystem::MeasureSystem() : m_Metric(true)
@@ -29,6 +31,11 @@ MeasureSystem::MeasureSystem() : m_Metric(true)
     main::EventManager::getInstance()->registerEventFunction(
         scene::SETTINGS_CHANGED,
         new main::EventManager::EventFunction(boost::bind(&MeasureSystem::settingsUpdate, this, _1)), this);
+}
+
+MeasureSystem::~MeasureSystem()
+{
+    main::EventManager::getInstance()->unregisterAllEventFunctionsOf(this);
 }
 
 bool MeasureSystem::setMetric(bool metric)

@@ -36,7 +36,7 @@ public:
 
 private:
     MeasureSystem();
-    ~MeasureSystem() = default;
+    ~MeasureSystem();
 
     void settingsUpdate(const main::Event* event);
     void readSetting();

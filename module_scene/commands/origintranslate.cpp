@@ -53,7 +53,8 @@ void OriginTranslate::execute()
         return;
     }
     util::ZPointer<qel::scene::Scene> scene = qel::scene::_GlobalScene();
-    const double toScene = scene->getGlobalScalingFactor() / scene->getMeasuring();
+    const double scaling = scene->getGlobalScalingFactor();
+    const double measuring = scene->getMeasuring();
     if (!mp_Element)
         return;
     if (!mp_Element->isOriginChangeable()) {
@@ -63,9 +64,9 @@ void OriginTranslate::execute()
     qel::scene::SceneLocker locker(scene.get(), qel::scene::SceneLocker::LOCK_TRANSFORM);
     mp_Element->transformStart(true);
     qel::scene::SceneElement::Matrix4 origin = mp_Element->getOrigin();
-    origin[12] = *x * toScene;
-    origin[13] = *y * toScene;
-    origin[14] = *z * toScene;
+    origin[12] = *x * scaling / measuring;
+    origin[13] = *y * scaling / measuring;
+    origin[14] = *z * scaling / measuring;
     mp_Element->setOrigin(origin);
     mp_Element->transformFinish(nullptr);
 }

@@ -65,7 +65,8 @@ Translate::Translate()
 {
     enableCloning<Translate>();
     auto* named = new main::ParameterSet(0, QObject::tr("Translate a scene element"));
-    named->addParameter(new main::Parameter<QString>("name", QObject::tr("The name of the scene element to translate")));
+    named->addParameter(
+        new main::Parameter<QString>("name", QObject::tr("The name of the scene element to translate")));
     addCoordinates(named);
     addParameterSet(named);
     auto* focused = new main::ParameterSet(1, QObject::tr("Translate the active scene element"));
@@ -123,8 +124,9 @@ void Translate::execute()
     }
 
     qel::scene::SceneLocker locker(scene.get(), qel::scene::SceneLocker::LOCK_TRANSFORM);
-    const double toScene = scene->getGlobalScalingFactor() / scene->getMeasuring();
-    double target[3] = {*x * toScene, *y * toScene, *z * toScene};
+    const double scaling = scene->getGlobalScalingFactor();
+    const double measuring = scene->getMeasuring();
+    double target[3] = {*x * scaling / measuring, *y * scaling / measuring, *z * scaling / measuring};
     element->transformStart(true);
     if (!*absolute) {
         for (int i = 0; i < 3; ++i)

@@ -109,9 +109,10 @@ TEST(SceneDump, AnEmptySceneHasItsRootAndSelectionNode)
 
 TEST(SceneDump, ShowsTheMatricesAfterMovesUndoAndRedo)
 {
-    const ScriptRun run = runScript({"translate(Coordinatesystem,10,0,0,1)", "translate(MultipleElementsSelection,10,0,0,1)",
-                               "rotate(MultipleElementsSelection,0,0,1,90,1,0)", "undo", "redo", "measure(0.1)"},
-                              {"--log-level", "4000"});
+    const ScriptRun run = runScript({"translate(Coordinatesystem,10,0,0,1)",
+                                     "translate(MultipleElementsSelection,10,0,0,1)",
+                                     "rotate(MultipleElementsSelection,0,0,1,90,1,0)", "undo", "redo", "measure(0.1)"},
+                                    {"--log-level", "4000"});
     ASSERT_EQ(0, run.exitCode) << run.err.toStdString();
     // The root refuses to move; the level 4000 also shows the tree.
     EXPECT_TRUE(run.err.contains("Element 'Coordinatesystem' is not transformable")) << run.err.toStdString();

@@ -92,8 +92,9 @@ inline std::string describe(const Matrix4& matrix)
 }
 
 // Exact equality, with a readable message.
-#define EXPECT_MATRIX_EQ(expected, actual) \
-    EXPECT_TRUE((expected) == (actual)) << "expected " << qel::test::describe(expected) << "\n  actual " << qel::test::describe(actual)
+#define EXPECT_MATRIX_EQ(expected, actual)                                                 \
+    EXPECT_TRUE((expected) == (actual)) << "expected " << qel::test::describe(expected) \
+                                        << "\n  actual " << qel::test::describe(actual)
 
 // Entries within a few units of the last place, for results of trigonometry.
 #define EXPECT_MATRIX_NEAR(expected, actual)                                                          \

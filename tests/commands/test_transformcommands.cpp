@@ -223,3 +223,25 @@ TEST_F(CommandTest, CommandStringsAreBuiltInTheModuleSyntax)
     ASSERT_TRUE(run(Rotate::buildCommandString("a", false, false, true, 90, false)));
     EXPECT_MATRIX_NEAR(quarterTurnAboutZ(1.5, 2, 3), model->getTransformMatrix());
 }
+
+TEST_F(CommandTest, ARefusedMoveLeavesTheMatricesAsTheyWere)
+{
+    auto model = addElement("Model");
+    ASSERT_TRUE(run("translate(Model,1,0,0,1)"));
+    int refusals = 0;
+    auto refuse = [&refusals](const qel::main::Event* event) {
+        *static_cast<bool*>(event->getData()) = false;
+        ++refusals;
+    };
+    qel::main::EventManager::getInstance()->registerEventFunction(
+        qel::scene::SCENE_ELEMENT_TRANSFORM_STARTING, new qel::main::EventManager::EventFunction(refuse), &refusals);
+    ASSERT_TRUE(run("translate(Model,5,0,0,1)"));
+    ASSERT_TRUE(run("rotate(Model,1,0,0,90,1,0)"));
+    qel::main::EventManager::getInstance()->unregisterAllEventFunctionsOf(&refusals);
+    EXPECT_EQ(2, refusals);
+    EXPECT_MATRIX_EQ(Matrix4::translation(1, 0, 0), model->getTransformMatrix());
+    EXPECT_MATRIX_EQ(Matrix4::identity(), model->getPastTransformMatrix());
+    // Each run still made its undo step, which puts back what is there.
+    ASSERT_TRUE(run("undo"));
+    EXPECT_MATRIX_EQ(Matrix4::translation(1, 0, 0), model->getTransformMatrix());
+}
