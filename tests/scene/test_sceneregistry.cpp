@@ -452,3 +452,58 @@ TEST(SceneRegistry, TheTreeDumpNamesEveryElementAndItsParent)
                   .toStdString(),
               lines.join("\n").toStdString());
 }
+
+TEST(SceneRegistry, AFreeNameIsGivenBeforeTheAddAndReparentingKeepsTheRegistry)
+{
+    SceneHolder scene;
+    Element first = make("Model");
+    Element second = make("Model");
+    scene->addElement(first);
+    EventRecorder events{SCENE_ELEMENT_RENAMED, SCENE_ELEMENT_ADDED, SCENE_ELEMENT_CHILD_REMOVED,
+                         SCENE_ELEMENT_CHILD_ADDED, SCENE_ELEMENTS_REPARENTED};
+    QString oldName;
+    events.onEvent = [&oldName](const qel::main::Event* event) {
+        if (event->getID() == SCENE_ELEMENT_RENAMED)
+            oldName = *static_cast<QString*>(event->getData());
+    };
+
+    scene->addElement(second);
+    // The element joins the root after the scene announced it.
+    EXPECT_EQ((QStringList{"SCENE_ELEMENT_RENAMED", "SCENE_ELEMENT_ADDED", "SCENE_ELEMENT_CHILD_ADDED"}),
+              events.names());
+    EXPECT_EQ("Model", oldName);
+    EXPECT_EQ(second.get(), events.records[0].source);
+    EXPECT_EQ(scene->getRootNode().get(), events.records[2].source);
+
+    events.clear();
+    first->addChild(second);
+    EXPECT_EQ((QStringList{"SCENE_ELEMENT_CHILD_REMOVED", "SCENE_ELEMENT_CHILD_ADDED", "SCENE_ELEMENTS_REPARENTED"}),
+              events.names());
+    EXPECT_EQ(scene->getRootNode().get(), events.records[0].source);
+    EXPECT_EQ(first.get(), events.records[2].source);
+    EXPECT_EQ((QStringList{"Coordinatesystem", "MultipleElementsSelection", "Model", "Model_1"}),
+              namesOf(*scene->getElementList()));
+}
+
+TEST(SceneRegistry, RegisteringTwiceChangesNothingButKeepsALevelOfTheLock)
+{
+    SceneHolder scene;
+    Element element = make("Model");
+    SceneNoticeRecorder notices(scene.get());
+    bool lockedDuringNotice = false;
+    notices.onNotice = [&] { lockedDuringNotice = lockedElsewhere(scene.get()); };
+    scene->addElement(element);
+    EXPECT_TRUE(lockedDuringNotice);
+    EXPECT_FALSE(lockedElsewhere(scene.get()));
+
+    EventRecorder events{SCENE_ELEMENT_ADDED, SCENE_ELEMENT_RENAMED};
+    scene->addElement(element);
+    EXPECT_TRUE(events.records.empty());
+    EXPECT_EQ(1u, notices.notices.size());
+    EXPECT_EQ("Model", element->getName());
+    EXPECT_EQ(3u, scene->getElementList()->size());
+    // The level left behind shows up as a stall for other threads.
+    EXPECT_TRUE(lockedElsewhere(scene.get()));
+    scene->unlock();
+    EXPECT_FALSE(lockedElsewhere(scene.get()));
+}
