@@ -1,10 +1,12 @@
 #include "module_scene/gui/viewer.h"
 
+#include "module_scene/gui/sharedcontext.h"
 #include "module_scene/scene.h"
 
 #include <QCoreApplication>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QOpenGLContext>
 #include <QThread>
 
 namespace qel {
@@ -31,11 +33,13 @@ Viewer* Viewer::getInstance()
 }
 
 // Callers may be on any thread; the Qt objects that join later live on the application thread.
-Viewer::Viewer()
+Viewer::Viewer() : sharedContext(new SharedContext)
 {
     QCoreApplication* application = QCoreApplication::instance();
-    if (application && thread() != application->thread())
+    if (application && thread() != application->thread()) {
         moveToThread(application->thread());
+        sharedContext->moveToThread(application->thread());
+    }
     globalScene = new scene::Scene;
 }
 
@@ -49,6 +53,14 @@ Viewer::~Viewer()
     if (!globalScene.isNull())
         globalScene->shutDown();
     globalScene = nullptr;
+    delete sharedContext;
+}
+
+QOpenGLFunctions* Viewer::getGLFunctions()
+{
+    if (!glFunctions && sharedContext->hasContext())
+        glFunctions = sharedContext->glContext()->functions();
+    return glFunctions;
 }
 
 } // namespace gui
@@ -58,6 +70,16 @@ namespace scene {
 util::ZPointer<Scene> _GlobalScene()
 {
     return gui::Viewer::getInstance()->getGlobalScene();
+}
+
+gui::SharedContext* _GlobalContext()
+{
+    return gui::Viewer::getInstance()->getSharedContext();
+}
+
+QOpenGLFunctions* _GlobalGLFunctions()
+{
+    return gui::Viewer::getInstance()->getGLFunctions();
 }
 
 } // namespace scene

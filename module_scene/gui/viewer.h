@@ -4,12 +4,23 @@
 
 #include <QObject>
 
+class QOpenGLFunctions;
+
 namespace qel {
+namespace gui {
+class SharedContext;
+}
+
 namespace scene {
 class Scene;
 
 // The global scene; creates the Viewer on first use, from any thread.
 util::ZPointer<Scene> _GlobalScene();
+// The shared GL context of the module (creates the Viewer on first use).
+gui::SharedContext* _GlobalContext();
+// The GL functions of the shared context, fetched once; only after the first GL widget was
+// initialised.
+QOpenGLFunctions* _GlobalGLFunctions();
 } // namespace scene
 
 namespace gui {
@@ -27,6 +38,8 @@ public:
     ~Viewer() override;
 
     util::ZPointer<scene::Scene>& getGlobalScene() { return globalScene; }
+    SharedContext* getSharedContext() const { return sharedContext; }
+    QOpenGLFunctions* getGLFunctions();
 
 private:
     Viewer();
@@ -36,6 +49,8 @@ private:
     static Viewer* mp_This;
 
     util::ZPointer<scene::Scene> globalScene;
+    SharedContext* sharedContext;
+    QOpenGLFunctions* glFunctions = nullptr;
 };
 
 } // namespace gui

@@ -1,0 +1,27 @@
+#pragma once
+
+namespace qel {
+namespace scene {
+
+// Bits of the load mask with which an import plug-in tells what its file delivered. The
+// values named here are those the module reads; further bits are the plug-ins' own.
+class LoadMask
+{
+public:
+    static const int NOTHING = 0;
+    static const int VERTEX_COLOR = 0x4;
+    // The file delivered vertex normals: the load keeps them.
+    static const int VERTEX_NORMAL = 0x10;
+    // Face colours: MeshModel::Enable switches the colour array on.
+    static const int FACE_COLOR = 0x100;
+    static const int FACE_NORMAL = 0x200;
+    // Wedge texture coordinates: MeshModel::Enable switches the wedge array on.
+    static const int WEDGE_TEXCOORD = 0x1000;
+
+protected:
+    LoadMask() = default;
+    ~LoadMask() = default;
+};
+
+} // namespace scene
+} // namespace qel
