@@ -6,17 +6,13 @@
 
 using qel::scene::SceneCoordinateSystem;
 
-TEST(SceneCoordinateSystem, IsAFixedParentRegisteredUnderItsKey)
+TEST(SceneCoordinateSystem, IsRegisteredUnderItsKey)
 {
     std::unique_ptr<qel::scene::SceneElement> root(
         qel::scene::SceneElementFactory::getInstance()->createElement("Coordinatesystem"));
     ASSERT_NE(nullptr, root);
     EXPECT_EQ("Coordinatesystem", root->getName());
     EXPECT_EQ("Coordinatesystem", root->getTypeName());
-    EXPECT_FALSE(root->isViewOrientationEnabled());
-    EXPECT_TRUE(root->isAParentNode());
-    EXPECT_FALSE(root->isTransformable());
-    EXPECT_FALSE(root->isReparentable());
 }
 
 TEST(SceneCoordinateSystem, TheGridPitchStaysBetweenATenthAndAHundred)

@@ -71,9 +71,6 @@ TEST(SceneRegistry, ANewSceneHoldsRootAndSelectionNodeAndIsCleanButChanged)
     ASSERT_EQ((QStringList{"Coordinatesystem", "MultipleElementsSelection"}), namesOf(elements));
     const auto& root = scene->getRootNode();
     EXPECT_EQ(typeid(SceneCoordinateSystem), typeid(*root));
-    EXPECT_FALSE(root->isTransformable());
-    EXPECT_FALSE(root->isReparentable());
-    EXPECT_TRUE(root->isAParentNode());
     EXPECT_EQ(root.get(), scene->getSelectionNode()->getParentSceneElement().get());
     EXPECT_TRUE(scene->getSelectionNode()->isInternal());
     EXPECT_TRUE(scene->isClean());
