@@ -1,0 +1,48 @@
+#pragma once
+
+#include "module_scene/io/loader.h"
+#include "plugins/io/readers/readmonitor.h"
+
+class QFile;
+
+namespace qel {
+namespace io {
+namespace readers {
+class MeshParser;
+struct RawMesh;
+} // namespace readers
+
+namespace plugins {
+
+// Base of the project's own loaders: opens the file with clear messages for the usual
+// failures, hands the open file to readFile, and turns what a reader produced into a
+// cleaned MeshModel. Reading progress goes below 80 and polls the abort flag.
+class FileLoader : public scene::Loader
+{
+    Q_OBJECT
+
+public:
+    // The file exists, is a readable file and not empty, and its first bytes pass checkHead.
+    bool checkFile(QString file) override;
+
+protected:
+    bool loadMeshFile() override;
+    // Reads the open file; true once `mesh` holds the cleaned mesh.
+    virtual bool readFile(QFile& file) = 0;
+    // Whether the first bytes of a file could belong to this format.
+    virtual bool checkHead(const QByteArray& head) const;
+
+    readers::ReadMonitor::Callback monitorCallback();
+    // Fails with the parser's reason, or as aborted when the monitor stopped it.
+    bool failParse(const readers::MeshParser& parser);
+    // Creates the mesh from the arrays, which are emptied on the way to spare memory.
+    bool buildMesh(readers::RawMesh& raw);
+    // The steps after the mesh is filled: abort check, processMesh, the adjacency bits it
+    // built, busy cleared. On failure the mesh is deleted.
+    bool finishMesh(int mask);
+    void discardMesh();
+};
+
+} // namespace plugins
+} // namespace io
+} // namespace qel

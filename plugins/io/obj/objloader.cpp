@@ -1,0 +1,20 @@
+#include "plugins/io/obj/objloader.h"
+
+namespace qel {
+namespace io {
+namespace plugins {
+
+scene::Loader* ObjLoader::create()
+{
+    return new ObjLoader;
+}
+
+// OBJ has no signature; text without NUL bytes is all that can be asked.
+bool ObjLoader::checkHead(const QByteArray& head) const
+{
+    return !head.contains('\0');
+}
+
+} // namespace plugins
+} // namespace io
+} // namespace qel
