@@ -8,15 +8,15 @@ namespace scene {
 class LoadMask
 {
 public:
-    static const int NOTHING = 0;
-    static const int VERTEX_COLOR = 0x4;
+    static constexpr int NOTHING = 0;
+    static constexpr int VERTEX_COLOR = 0x4;
     // The file delivered vertex normals: the load keeps them.
-    static const int VERTEX_NORMAL = 0x10;
+    static constexpr int VERTEX_NORMAL = 0x10;
     // Face colours: MeshModel::Enable switches the colour array on.
-    static const int FACE_COLOR = 0x100;
-    static const int FACE_NORMAL = 0x200;
+    static constexpr int FACE_COLOR = 0x100;
+    static constexpr int FACE_NORMAL = 0x200;
     // Wedge texture coordinates: MeshModel::Enable switches the wedge array on.
-    static const int WEDGE_TEXCOORD = 0x1000;
+    static constexpr int WEDGE_TEXCOORD = 0x1000;
 
 protected:
     LoadMask() = default;

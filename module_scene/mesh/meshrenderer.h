@@ -52,7 +52,7 @@ public:
         HINT_DEFAULT = 0x1000,
         HINT_USE_BUFFER = 0x2000
     };
-    static const int NO_DISPLAY_LIST = -1;
+    static constexpr int NO_DISPLAY_LIST = -1;
 
     MeshRenderer();
     // Deletes the display list when a GL context is current.

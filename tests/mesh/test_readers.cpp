@@ -1,0 +1,242 @@
+// The import plug-ins end to end: each format read into a cleaned mesh, and every kind of
+// bad file refused with a message that names the file and the reason.
+#include "logcapture.h"
+#include "test_loadfiles.h"
+
+#include <cmath>
+#include <limits>
+
+namespace qel {
+namespace test {
+namespace {
+
+using scene::CMeshO;
+using scene::Color4b;
+
+class ReadersTest : public LoadFixture
+{
+protected:
+    // Loads a file that must be refused; returns the message.
+    QString refused(const QString& name, const QByteArray& contents)
+    {
+        const QString path = write(name, contents);
+        LogCapture log;
+        Result result = load(path);
+        EXPECT_FALSE(result.model) << qPrintable(name);
+        EXPECT_TRUE(result.error.contains(path)) << qPrintable(result.error);
+        EXPECT_EQ(1, log.count(result.error, 1000)) << qPrintable(name);
+        return result.error;
+    }
+};
+
+TEST_F(ReadersTest, StlBinaryAndAsciiGiveTheSameClosedBox)
+{
+    const std::vector<StlTriangle> box = boxTriangles(0, 0, 0, 2, 4, 6);
+    // A binary header may begin with "solid": the size decides.
+    for (const QByteArray& contents : {binaryStl(box), binaryStl(box, "solid but binary"), asciiStl(box)}) {
+        Result result = load(write("box.stl", contents));
+        ASSERT_TRUE(result.model) << qPrintable(result.error);
+        const CMeshO& cm = result.model->cm;
+        EXPECT_EQ(8, cm.vn);
+        EXPECT_EQ(12, cm.fn);
+        EXPECT_EQ(8u, cm.vert.size());
+        EXPECT_FALSE(result.model->busy);
+        EXPECT_EQ(io::scene::Loader::Center(1.0f, 2.0f, 3.0f), result.center);
+        EXPECT_EQ(CMeshO::VertexVector::value_type::Point(-1.0, -2.0, -3.0), cm.bbox.min);
+        EXPECT_EQ(CMeshO::VertexVector::value_type::Point(1.0, 2.0, 3.0), cm.bbox.max);
+    }
+}
+
+TEST_F(ReadersTest, PlyAsciiKeepsVertexColorsAndFileNormals)
+{
+    const QByteArray ply = "ply\nformat ascii 1.0\ncomment a square\nelement vertex 4\n"
+                           "property float x\nproperty float y\nproperty float z\n"
+                           "property float nx\nproperty float ny\nproperty float nz\n"
+                           "property uchar red\nproperty uchar green\nproperty uchar blue\n"
+                           "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
+                           "0 0 0 0 0 5 255 0 0\n1 0 0 0 0 5 0 255 0\n1 1 0 0 0 5 0 0 255\n0 1 0 0 0 5 10 20 30\n"
+                           "4 0 1 2 3\n";
+    Result result = load(write("square.ply", ply));
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    const CMeshO& cm = result.model->cm;
+    ASSERT_EQ(4, cm.vn);
+    EXPECT_EQ(2, cm.fn);
+    EXPECT_EQ(Color4b::fromRgba(255, 0, 0, 255), cm.vert[0].color);
+    EXPECT_EQ(Color4b::fromRgba(10, 20, 30, 255), cm.vert[3].color);
+    // Normals of the file stay as they are; face normals are computed and normalised.
+    EXPECT_EQ(scene::CVertexO::Point(0.0, 0.0, 5.0), cm.vert[2].normal);
+    EXPECT_EQ(scene::CVertexO::Point(0.0, 0.0, 1.0), cm.face[0].normal);
+}
+
+QByteArray binaryPly(bool bigEndian)
+{
+    QByteArray data = QByteArray("ply\nformat ") + (bigEndian ? "binary_big_endian" : "binary_little_endian")
+                      + " 1.0\nelement vertex 4\nproperty double x\nproperty double y\nproperty double z\n"
+                        "element face 1\nproperty list uchar uint vertex_indices\n"
+                        "property uchar red\nproperty uchar green\nproperty uchar blue\nend_header\n";
+    const double points[4][3] = {{0, 0, 0}, {3, 0, 0}, {3, 1, 0}, {0, 1, 0}};
+    for (const auto& point : points) {
+        for (double value : point) {
+            quint64 word;
+            std::memcpy(&word, &value, 8);
+            char bytes[8];
+            bigEndian ? qToBigEndian<quint64>(word, bytes) : qToLittleEndian<quint64>(word, bytes);
+            data.append(bytes, 8);
+        }
+    }
+    data.append(char(4));
+    for (quint32 index : {0u, 1u, 2u, 3u}) {
+        char bytes[4];
+        bigEndian ? qToBigEndian<quint32>(index, bytes) : qToLittleEndian<quint32>(index, bytes);
+        data.append(bytes, 4);
+    }
+    data.append("\x07\x08\x09", 3);
+    return data;
+}
+
+TEST_F(ReadersTest, PlyBinaryInBothByteOrdersWithFaceColors)
+{
+    for (bool bigEndian : {false, true}) {
+        Result result = load(write("quad.ply", binaryPly(bigEndian)));
+        ASSERT_TRUE(result.model) << qPrintable(result.error);
+        const CMeshO& cm = result.model->cm;
+        EXPECT_EQ(4, cm.vn);
+        EXPECT_EQ(2, cm.fn);
+        EXPECT_EQ(io::scene::Loader::Center(1.5f, 0.5f, 0.0f), result.center);
+        ASSERT_TRUE(cm.face.isColorEnabled());
+        EXPECT_EQ(Color4b::fromRgba(7, 8, 9, 255), cm.face.colors()[1]);
+    }
+}
+
+TEST_F(ReadersTest, ObjWithRelativeIndicesPolygonsAndColors)
+{
+    const QByteArray obj = "# a quad and a triangle\nmtllib none.mtl\no thing\n"
+                           "v 0 0 0 1 0 0\nv 1 0 0 0 1 0\nv 1 1 0 0 0 1\nv 0 1 0 1 1 1\nvn 0 0 1\nvt 0 0\n"
+                           "f 1/1/1 2/1/1 3/1/1 4/1/1\ng tip\nv 0.5 0.5 1 0.5 0.5 0.5\nf -1 -4 -3\n";
+    Result result = load(write("thing.obj", obj));
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    const CMeshO& cm = result.model->cm;
+    EXPECT_EQ(5, cm.vn);
+    EXPECT_EQ(3, cm.fn);
+    EXPECT_EQ(Color4b::fromRgba(0, 255, 0, 255), cm.vert[1].color);
+    EXPECT_EQ(Color4b::fromRgba(128, 128, 128, 255), cm.vert[4].color);
+}
+
+TEST_F(ReadersTest, OffVariantsWithCommentsAndColors)
+{
+    const QByteArray off = "COFF\n# colours per vertex\n4 2 0\n0 0 0 255 0 0 255\n1 0 0 0 255 0 255\n"
+                           "1 1 0 0 0 1.0 1.0\n0 1 0 1 1 1 1\n3 0 1 2\n3 0 2 3 # last face\n";
+    Result result = load(write("square.off", off));
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    EXPECT_EQ(4, result.model->cm.vn);
+    EXPECT_EQ(2, result.model->cm.fn);
+    EXPECT_EQ(Color4b::fromRgba(0, 0, 255, 255), result.model->cm.vert[2].color);
+
+    // Keyword and counts on one line, a pentagon split into a fan.
+    Result fan = load(write("fan.off", "OFF 5 1 0\n0 0 0\n1 0 0\n2 1 0\n1 2 0\n0 1 0\n5 0 1 2 3 4\n"));
+    ASSERT_TRUE(fan.model) << qPrintable(fan.error);
+    EXPECT_EQ(3, fan.model->cm.fn);
+}
+
+TEST_F(ReadersTest, FormatsWithoutOwnReaderGoThroughAssimp)
+{
+    // assimp's raw format: one triangle of nine numbers per line; a closed tetrahedron.
+    const QByteArray raw = "0 0 0  0 1 0  1 0 0\n0 0 0  0 0 1  0 1 0\n0 0 0  1 0 0  0 0 1\n1 0 0  0 1 0  0 0 1\n";
+    Result result = load(write("tetra.raw", raw));
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    EXPECT_EQ(4, result.model->cm.vn);
+    EXPECT_EQ(4, result.model->cm.fn);
+}
+
+TEST_F(ReadersTest, MissingAndEmptyFilesAreRefused)
+{
+    LogCapture log;
+    const QString missing = folder.filePath("missing.stl");
+    Result result = load(missing);
+    EXPECT_FALSE(result.model);
+    EXPECT_EQ(QStringLiteral("Could not load '%1': the file does not exist").arg(missing), result.error);
+    EXPECT_EQ(1, log.count(result.error, 1000));
+
+    for (const char* name : {"empty.stl", "empty.ply", "empty.obj", "empty.off"})
+        EXPECT_TRUE(refused(name, QByteArray()).endsWith("the file is empty")) << name;
+}
+
+TEST_F(ReadersTest, TruncatedBinaryFilesAreRefused)
+{
+    QByteArray stl = binaryStl(boxTriangles(0, 0, 0, 1, 1, 1));
+    stl.chop(60);
+    EXPECT_TRUE(refused("cut.stl", stl).contains("truncated: its header announces 12 triangles"));
+    EXPECT_TRUE(refused("header.stl", QByteArray(40, 'x')).contains("truncated"));
+
+    QByteArray ply = binaryPly(false);
+    ply.chop(10);
+    EXPECT_TRUE(refused("cut.ply", ply).contains("truncated"));
+    // The header itself cut off.
+    EXPECT_TRUE(refused("head.ply", "ply\nformat ascii 1.0\nelement vertex 3\n").contains("before 'end_header'"));
+}
+
+TEST_F(ReadersTest, PlyHeadersThatLieAboutTheirCountsAreRefused)
+{
+    const QByteArray head = "ply\nformat ascii 1.0\nelement vertex %1\nproperty float x\nproperty float y\n"
+                            "property float z\nelement face %2\nproperty list uchar int vertex_indices\nend_header\n";
+    const QByteArray body = "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+    auto ply = [&](const char* vertices, const char* faces) { return QString(head).arg(vertices).arg(faces).toLatin1() + body; };
+    // More announced than there is: caught before reading, and while reading.
+    EXPECT_TRUE(refused("more.ply", ply("1000", "1")).contains("truncated: the header announces 1000 vertex elements"));
+    EXPECT_TRUE(refused("more2.ply", ply("3", "2")).contains("truncated: it ends in face 2 of 2"));
+    // Fewer than there is: the rest of the data is left over or read as the wrong thing.
+    EXPECT_TRUE(refused("fewer.ply", ply("3", "0")).contains("more data than its header announces"));
+    EXPECT_FALSE(refused("fewer2.ply", ply("2", "1")).isEmpty());
+    // A count far beyond anything a file holds.
+    EXPECT_TRUE(refused("huge.ply", ply("4000000000", "1")).contains("more than can be loaded"));
+
+    const QByteArray binaryHead = "ply\nformat binary_little_endian 1.0\nelement vertex 100000000\nproperty float x\n"
+                                  "property float y\nproperty float z\nend_header\n";
+    EXPECT_TRUE(refused("liar.ply", binaryHead + QByteArray(36, '\0')).contains("truncated"));
+    EXPECT_TRUE(refused("off.off", "OFF\n4 1 0\n0 0 0\n1 0 0\n0 1 0\n").contains("truncated"));
+}
+
+TEST_F(ReadersTest, FacesWithIndicesOutOfRangeAreRefused)
+{
+    const QByteArray ply = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+                           "element face 1\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n1 0 0\n0 1 0\n3 0 1 3\n";
+    EXPECT_TRUE(refused("range.ply", ply).contains("face 1 uses vertex index 3, but the file has 3 vertices"));
+    EXPECT_TRUE(refused("negative.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 -4\n").contains("face 1 uses vertex index -4"));
+    EXPECT_TRUE(refused("zero.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 0 1 2\n").contains("vertex index 0"));
+    EXPECT_TRUE(refused("range.off", "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n").contains("vertex index 7"));
+}
+
+TEST_F(ReadersTest, NotANumberCoordinatesAreRefused)
+{
+    std::vector<StlTriangle> box = boxTriangles(0, 0, 0, 1, 1, 1);
+    box[5][4] = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_TRUE(refused("nan.stl", binaryStl(box)).contains("triangle 6 has a coordinate that is not a finite number"));
+    EXPECT_TRUE(refused("nan_ascii.stl", asciiStl(box)).contains("not a finite number"));
+    const QByteArray ply = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+                           "element face 1\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n1 nan 0\n0 1 0\n3 0 1 2\n";
+    EXPECT_TRUE(refused("nan.ply", ply).contains("vertex 2 has a coordinate that is not a finite number"));
+    EXPECT_TRUE(refused("nan.obj", "v 0 0 0\nv 1 0 0\nv 0 NaN 0\nf 1 2 3\n").contains("vertex 3 has a coordinate"));
+    EXPECT_TRUE(refused("inf.off", "OFF\n3 1 0\n0 0 0\ninf 0 0\n0 1 0\n3 0 1 2\n").contains("not a finite number"));
+}
+
+TEST_F(ReadersTest, FilesWithoutFacesOrInAnotherFormatAreRefused)
+{
+    EXPECT_TRUE(refused("points.obj", "v 0 0 0\nv 1 0 0\n").endsWith("the file holds no faces"));
+    EXPECT_TRUE(refused("noply.ply", "solid x\n").contains("not a PLY file"));
+    EXPECT_TRUE(refused("words.stl", "solid x\nfacet normal 0 0 1\nouter loop\nvertex 0 0 zero\n").contains("a number expected"));
+    EXPECT_TRUE(refused("noend.stl", "solid x\n").contains("before 'endsolid'"));
+}
+
+TEST_F(ReadersTest, CheckFileLooksAtTheFirstBytesOnly)
+{
+    std::unique_ptr<io::scene::Loader> ply(io::scene::Importer::getInstance()->getLoader("a.ply"));
+    ASSERT_TRUE(ply);
+    EXPECT_TRUE(ply->checkFile(write("good.ply", "ply\nformat ascii 1.0\n")));
+    EXPECT_FALSE(ply->checkFile(write("bad.ply", "OFF\n")));
+    EXPECT_FALSE(ply->checkFile(folder.filePath("missing.ply")));
+    EXPECT_FALSE(ply->checkFile(write("empty.ply", QByteArray())));
+}
+
+} // namespace
+} // namespace test
+} // namespace qel
