@@ -1,53 +1,24 @@
 // End-to-end tests of the qel executable, as a user runs it.
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QProcessEnvironment>
+#include "app/hostprocess.h"
+
 #include <QTemporaryDir>
-#include <QTextStream>
-#include <gtest/gtest.h>
+#include <algorithm>
+
+using qel::test::HostRun;
+using qel::test::runHost;
 
 namespace {
 
-struct Result
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-Result runHost(const QStringList& arguments, const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment())
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(QEL_EXECUTABLE), arguments);
-    Result result;
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        process.waitForFinished();
-        result.err = QStringLiteral("timed out");
-        return result;
-    }
-    result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    result.out = QString::fromLocal8Bit(process.readAllStandardOutput());
-    result.err = QString::fromLocal8Bit(process.readAllStandardError());
-    return result;
-}
-
 QString writeScript(const QTemporaryDir& dir, const QString& name, const QStringList& lines)
 {
-    const QString path = dir.filePath(name);
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Text));
-    QTextStream(&file) << lines.join(QLatin1Char('\n')) << '\n';
-    return path;
+    return qel::test::writeScript(dir.filePath(name), lines);
 }
 
 } // namespace
 
 TEST(Host, ListsTheHostAndModuleCommands)
 {
-    const Result result = runHost({QStringLiteral("--offscreen"), QStringLiteral("--list-commands")});
+    const HostRun result = runHost({QStringLiteral("--offscreen"), QStringLiteral("--list-commands")});
     ASSERT_EQ(0, result.exitCode) << result.err.toStdString();
     const QStringList lines = result.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     for (const char* name : {"undo", "redo", "recordmacro", "stopmacro", "runmacro"}) {
@@ -72,7 +43,7 @@ TEST(Host, BadScriptLinesStopTheRunWithAClearError)
     };
     for (const auto& entry : cases) {
         const QString script = writeScript(dir, QStringLiteral("bad.qel"), {QLatin1String(entry.line)});
-        const Result result = runHost({QStringLiteral("--offscreen"), QStringLiteral("--run"), script});
+        const HostRun result = runHost({QStringLiteral("--offscreen"), QStringLiteral("--run"), script});
         EXPECT_NE(0, result.exitCode) << entry.line;
         EXPECT_TRUE(result.err.contains(QLatin1String(entry.expected))) << result.err.toStdString();
         EXPECT_TRUE(result.err.contains(QStringLiteral("bad.qel:1"))) << result.err.toStdString();
@@ -87,7 +58,7 @@ TEST(Host, RecordsAMacroAndRunsItAgain)
                                        {QStringLiteral("# comment lines and blanks are skipped"), QString(),
                                         QStringLiteral("recordmacro(%1)").arg(macro), QStringLiteral("undo"),
                                         QStringLiteral("redo"), QStringLiteral("stopmacro")});
-    const Result recording = runHost({QStringLiteral("--offscreen"), QStringLiteral("--run"), script});
+    const HostRun recording = runHost({QStringLiteral("--offscreen"), QStringLiteral("--run"), script});
     ASSERT_EQ(0, recording.exitCode) << recording.err.toStdString();
     QFile file(macro);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
@@ -96,7 +67,7 @@ TEST(Host, RecordsAMacroAndRunsItAgain)
     EXPECT_TRUE(recorded.contains(QStringLiteral("redo"))) << recorded.toStdString();
 
     const QString replay = writeScript(dir, QStringLiteral("replay.qel"), {QStringLiteral("runmacro(%1)").arg(macro)});
-    const Result replayed = runHost({QStringLiteral("--offscreen"), QStringLiteral("--run"), replay});
+    const HostRun replayed = runHost({QStringLiteral("--offscreen"), QStringLiteral("--run"), replay});
     EXPECT_EQ(0, replayed.exitCode) << replayed.err.toStdString();
 }
 
@@ -104,7 +75,7 @@ TEST(Host, RejectsBadOptions)
 {
     EXPECT_EQ(2, runHost({QStringLiteral("--log-level"), QStringLiteral("loud")}).exitCode);
     EXPECT_EQ(2, runHost({QStringLiteral("--no-such-option")}).exitCode);
-    const Result missing = runHost({QStringLiteral("--offscreen"), QStringLiteral("--run"), QStringLiteral("/nonexistent/file.qel")});
+    const HostRun missing = runHost({QStringLiteral("--offscreen"), QStringLiteral("--run"), QStringLiteral("/nonexistent/file.qel")});
     EXPECT_NE(0, missing.exitCode);
     EXPECT_TRUE(missing.err.contains(QStringLiteral("/nonexistent/file.qel")));
 }
@@ -113,7 +84,7 @@ TEST(Host, StartsItsOwnXServerWhenNoDisplayIsReachable)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":4711"));
-    const Result result = runHost({QStringLiteral("--offscreen"), QStringLiteral("--list-commands")}, environment);
+    const HostRun result = runHost({QStringLiteral("--offscreen"), QStringLiteral("--list-commands")}, environment);
     EXPECT_EQ(0, result.exitCode) << result.err.toStdString();
     EXPECT_TRUE(result.out.contains(QStringLiteral("undo")));
 }

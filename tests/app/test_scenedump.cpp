@@ -1,11 +1,11 @@
 // The scene dump of the qel executable after a script, as users who script it read it.
+#include "app/hostprocess.h"
+
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
-#include <QTextStream>
 #include <gtest/gtest.h>
 
 namespace {
@@ -21,25 +21,13 @@ struct ScriptRun
 ScriptRun runScript(const QStringList& lines, const QStringList& extraArguments = {})
 {
     QTemporaryDir dir;
-    const QString script = dir.filePath("script.qel");
+    const QString script = qel::test::writeScript(dir.filePath("script.qel"), lines);
     const QString dumpFile = dir.filePath("scene.json");
-    QFile file(script);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Text));
-    QTextStream(&file) << lines.join('\n') << '\n';
-    file.close();
-
-    QProcess process;
-    process.start(QStringLiteral(QEL_EXECUTABLE),
-                  QStringList{"--offscreen", "--run", script, "--dump-scene", dumpFile} + extraArguments);
+    const qel::test::HostRun host =
+        qel::test::runHost(QStringList{"--offscreen", "--run", script, "--dump-scene", dumpFile} + extraArguments);
     ScriptRun run;
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        process.waitForFinished();
-        run.err = "timed out";
-        return run;
-    }
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    run.err = QString::fromLocal8Bit(process.readAllStandardError());
+    run.exitCode = host.exitCode;
+    run.err = host.err;
     QFile dump(dumpFile);
     if (dump.open(QIODevice::ReadOnly))
         run.dump = dump.readAll();
