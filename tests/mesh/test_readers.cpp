@@ -1,6 +1,6 @@
 // The import plug-ins end to end: each format read into a cleaned mesh, and every kind of
 // bad file refused with a message that names the file and the reason.
-#include "logcapture.h"
+#include "support/logcapture.h"
 #include "test_loadfiles.h"
 
 #include <cmath>
