@@ -110,6 +110,11 @@ void SharedContext::lock()
     mutex->lock();
 }
 
+bool SharedContext::tryLock()
+{
+    return mutex->tryLock();
+}
+
 void SharedContext::unlock()
 {
     mutex->unlock();

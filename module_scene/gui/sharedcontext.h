@@ -54,6 +54,8 @@ public:
     void doneCurrent();
 
     void lock();
+    // Takes the mutex only if it is free (or already held by this thread).
+    bool tryLock();
     void unlock();
     // Makes current only when there is a context; without one it just locks.
     void lockAndMakeCurrent();
