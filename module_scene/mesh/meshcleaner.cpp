@@ -4,7 +4,7 @@
 #include "module_scene/mesh/vertexuserbits.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstring>
 #include <cstdint>
 #include <vector>
 
@@ -13,42 +13,40 @@ namespace scene {
 
 namespace {
 
-// A vertex as a sort key. Copying the coordinates keeps the sort on contiguous memory.
+// A vertex as a sort key: the coordinates as integers that sort as the doubles do, copied so
+// that the sort runs on contiguous memory with plain integer comparisons.
 struct VertexKey
 {
-    double z;
-    double y;
-    double x;
+    std::uint64_t z;
+    std::uint64_t y;
+    std::uint64_t x;
     std::uint32_t place;
-    bool deleted;
+    std::uint32_t deleted;
 };
 
-// A total order of doubles in which NaN follows everything and equals itself, so that the
-// sort stays well defined on bad input; -0 and +0 compare equal.
-int compare(double a, double b)
+// Flips the bits of a double so that unsigned order is numeric order. -0 is taken as +0, so
+// that the two, which compare equal, fall together; NaNs sort by their bits and equal nothing.
+std::uint64_t orderedBits(double value)
 {
-    if (a < b)
-        return -1;
-    if (b < a)
-        return 1;
-    if (a == b)
-        return 0;
-    if (std::isnan(a))
-        return std::isnan(b) ? 0 : 1;
-    return -1;
+    if (value == 0.0)
+        value = 0.0;
+    std::uint64_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    const std::uint64_t signBit = std::uint64_t(1) << 63;
+    return (bits & signBit) ? ~bits : (bits | signBit);
 }
 
 bool keyLess(const VertexKey& a, const VertexKey& b)
 {
-    if (const int order = compare(a.z, b.z))
-        return order < 0;
-    if (const int order = compare(a.y, b.y))
-        return order < 0;
-    if (const int order = compare(a.x, b.x))
-        return order < 0;
+    if (a.z != b.z)
+        return a.z < b.z;
+    if (a.y != b.y)
+        return a.y < b.y;
+    if (a.x != b.x)
+        return a.x < b.x;
     // Among equal points the live ones come first, each group in storage order.
     if (a.deleted != b.deleted)
-        return !a.deleted;
+        return a.deleted < b.deleted;
     return a.place < b.place;
 }
 
@@ -62,8 +60,9 @@ std::vector<VertexKey> sortedVertexKeys(const CMeshO& mesh)
     std::vector<VertexKey> keys(mesh.vert.size());
     for (std::size_t place = 0; place < mesh.vert.size(); ++place) {
         const CVertexO& vertex = mesh.vert[place];
-        keys[place] = VertexKey{vertex.coord.z(), vertex.coord.y(), vertex.coord.x(),
-                                static_cast<std::uint32_t>(place), vertex.isDeleted()};
+        keys[place] = VertexKey{orderedBits(vertex.coord.z()), orderedBits(vertex.coord.y()),
+                                orderedBits(vertex.coord.x()), static_cast<std::uint32_t>(place),
+                                vertex.isDeleted() ? 1u : 0u};
     }
     std::sort(keys.begin(), keys.end(), keyLess);
     return keys;
