@@ -9,6 +9,7 @@
 #include "module_scene/mesh/meshrenderer.h"
 #include "module_scene/mesh/meshtopology.h"
 
+#include <QCoreApplication>
 #include <QMutexLocker>
 #include <QThread>
 #include <qopengl.h>
@@ -20,6 +21,8 @@ namespace {
 
 bool onApplicationThread()
 {
+    if (!QCoreApplication::instance())
+        return true;
     main::Overseer* overseer = main::Overseer::getInstance();
     QThread* applicationThread = overseer ? overseer->getApplicationThread() : nullptr;
     return !applicationThread || QThread::currentThread() == applicationThread;
@@ -55,10 +58,17 @@ MeshModel::~MeshModel()
     deleteTriMesh();
 }
 
+// Without an application object there are no GL contexts of the module, and no viewer is
+// made just to find that out (command-line tools load meshes without one).
 void MeshModel::deleteTriMesh()
 {
     if (!onApplicationThread()) {
         util::WorkerDelegate::invokeSync(new util::Delegate0<MeshModel>(this, &MeshModel::deleteTriMesh));
+        return;
+    }
+    if (!QCoreApplication::instance()) {
+        delete glw;
+        glw = nullptr;
         return;
     }
     gui::SharedContext* context = _GlobalContext();
