@@ -12,7 +12,6 @@
 
 #include <QIcon>
 #include <QObject>
-#include <boost/bind/bind.hpp>
 #include <cmath>
 
 namespace qel {
@@ -87,8 +86,7 @@ Rotate::Rotate()
     : SceneCommand(
         new main::CommandDescriptor(CommandName,
                                     QObject::tr("Rotates a scene element around the given vector by degree or radian")),
-        nullptr),
-      m_TransformLocked(false)
+        nullptr)
 {
     enableCloning<Rotate>();
     auto* named = new main::ParameterSet(0, QObject::tr("Rotate a scene element"));
@@ -105,14 +103,7 @@ Rotate::Rotate()
     treeEntry->useOnly({*focused});
     addGUIDescriptor(treeEntry);
 
-    using namespace boost::placeholders;
-    main::EventManager* events = main::EventManager::getInstance();
-    events->registerEventFunction(
-        qel::scene::SCENE_TRANSFORM_LOCKED,
-        new main::EventManager::EventFunction(boost::bind(&Rotate::transformLocked, this, _1)), this);
-    events->registerEventFunction(
-        qel::scene::SCENE_TRANSFORM_UNLOCKED,
-        new main::EventManager::EventFunction(boost::bind(&Rotate::transformUnlocked, this, _1)), this);
+    followTransformLock();
 }
 
 Rotate::~Rotate() = default;
@@ -166,25 +157,7 @@ void Rotate::execute()
 // Only the scene tree's entry follows the focus.
 void Rotate::focusChanged()
 {
-    const std::vector<main::CommandGUIDescriptor*> descriptors = getGUIDescriptors();
-    if (descriptors.empty())
-        return;
-    const bool usable = mp_Element && !m_TransformLocked && mp_Element->isTransformable();
-    descriptors.back()->enableQAction(usable);
-}
-
-// A lock greys the actions only: command strings still run.
-void Rotate::transformLocked(const main::Event*)
-{
-    disableGUIDescriptors(getGUIDescriptors(), true);
-    m_TransformLocked = true;
-}
-
-void Rotate::transformUnlocked(const main::Event*)
-{
-    disableGUIDescriptors(getGUIDescriptors(), false);
-    m_TransformLocked = false;
-    focusChanged();
+    enableFocusedEntry();
 }
 
 } // namespace scene

@@ -70,6 +70,40 @@ void SceneCommand::registerFocusFunction()
         new main::EventManager::EventFunction(boost::bind(&SceneCommand::sceneElementFocused, this, _1)), this);
 }
 
+void SceneCommand::followTransformLock()
+{
+    using namespace boost::placeholders;
+    main::EventManager* events = main::EventManager::getInstance();
+    events->registerEventFunction(
+        qel::scene::SCENE_TRANSFORM_LOCKED,
+        new main::EventManager::EventFunction(boost::bind(&SceneCommand::transformLocked, this, _1)), this);
+    events->registerEventFunction(
+        qel::scene::SCENE_TRANSFORM_UNLOCKED,
+        new main::EventManager::EventFunction(boost::bind(&SceneCommand::transformUnlocked, this, _1)), this);
+}
+
+void SceneCommand::enableFocusedEntry()
+{
+    const std::vector<main::CommandGUIDescriptor*> descriptors = getGUIDescriptors();
+    if (descriptors.empty())
+        return;
+    const bool usable = mp_Element && !m_TransformLocked && mp_Element->isTransformable();
+    descriptors.back()->enableQAction(usable);
+}
+
+void SceneCommand::transformLocked(const main::Event*)
+{
+    disableGUIDescriptors(getGUIDescriptors(), true);
+    m_TransformLocked = true;
+}
+
+void SceneCommand::transformUnlocked(const main::Event*)
+{
+    disableGUIDescriptors(getGUIDescriptors(), false);
+    m_TransformLocked = false;
+    focusChanged();
+}
+
 // The event names the element in its data (null when the focus was cleared); its source
 // is the scene.
 void SceneCommand::sceneElementFocused(const main::Event* event)

@@ -31,11 +31,21 @@ protected:
     // Called when the focus moved to another element (or to none).
     virtual void focusChanged() = 0;
 
+    // For commands whose last GUI entry acts on the focused element: every entry is greyed
+    // while the scene's transform lock is held (command strings still run), and the last
+    // one follows the focus through enableFocusedEntry().
+    void followTransformLock();
+    void enableFocusedEntry();
+
     qel::scene::SceneElement* mp_Element;
 
 private:
     void registerFocusFunction();
     void sceneElementFocused(const main::Event* event);
+    void transformLocked(const main::Event* event);
+    void transformUnlocked(const main::Event* event);
+
+    bool m_TransformLocked = false;
 };
 
 } // namespace scene

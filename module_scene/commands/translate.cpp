@@ -11,7 +11,6 @@
 
 #include <QIcon>
 #include <QObject>
-#include <boost/bind/bind.hpp>
 
 namespace qel {
 namespace commands {
@@ -60,8 +59,7 @@ QString Translate::buildCommandString(const QString& name, double x, double y, d
 Translate::Translate()
     : SceneCommand(new main::CommandDescriptor(CommandName,
                                                QObject::tr("Translates a scene element to the given coordinates")),
-                   nullptr),
-      m_TransformLocked(false)
+                   nullptr)
 {
     enableCloning<Translate>();
     auto* named = new main::ParameterSet(0, QObject::tr("Translate a scene element"));
@@ -80,14 +78,7 @@ Translate::Translate()
     treeEntry->useOnly({*focused});
     addGUIDescriptor(treeEntry);
 
-    using namespace boost::placeholders;
-    main::EventManager* events = main::EventManager::getInstance();
-    events->registerEventFunction(
-        qel::scene::SCENE_TRANSFORM_LOCKED,
-        new main::EventManager::EventFunction(boost::bind(&Translate::transformLocked, this, _1)), this);
-    events->registerEventFunction(
-        qel::scene::SCENE_TRANSFORM_UNLOCKED,
-        new main::EventManager::EventFunction(boost::bind(&Translate::transformUnlocked, this, _1)), this);
+    followTransformLock();
 }
 
 Translate::~Translate() = default;
@@ -139,25 +130,7 @@ void Translate::execute()
 // Only the scene tree's entry follows the focus.
 void Translate::focusChanged()
 {
-    const std::vector<main::CommandGUIDescriptor*> descriptors = getGUIDescriptors();
-    if (descriptors.empty())
-        return;
-    const bool usable = mp_Element && !m_TransformLocked && mp_Element->isTransformable();
-    descriptors.back()->enableQAction(usable);
-}
-
-// A lock greys the actions only: command strings still run.
-void Translate::transformLocked(const main::Event*)
-{
-    disableGUIDescriptors(getGUIDescriptors(), true);
-    m_TransformLocked = true;
-}
-
-void Translate::transformUnlocked(const main::Event*)
-{
-    disableGUIDescriptors(getGUIDescriptors(), false);
-    m_TransformLocked = false;
-    focusChanged();
+    enableFocusedEntry();
 }
 
 } // namespace scene

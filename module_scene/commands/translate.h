@@ -28,11 +28,6 @@ protected:
     void focusChanged() override;
 
 private:
-    void transformLocked(const main::Event* event);
-    void transformUnlocked(const main::Event* event);
-
-    bool m_TransformLocked;
-
     static bool m_Registered;
 };
 
