@@ -1,0 +1,726 @@
+#include "module_scene/scenevcgmodel.h"
+
+#include "kernel/log/logger.h"
+#include "kernel/util/meminfo.h"
+#include "module_scene/mesh/meshrenderer.h"
+#include "module_scene/meshmodel.h"
+#include "module_scene/sceneelementfactory.h"
+
+#include <QMutexLocker>
+#include <QWidget>
+#include <QReadLocker>
+#include <QWriteLocker>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <qopengl.h>
+
+namespace qel {
+namespace scene {
+
+const QString SceneVCGModel::TypeName = QStringLiteral("SceneVCGModel");
+
+namespace {
+
+typedef SceneVCGModel::Point Point;
+typedef math::NumericTraits<double> Traits;
+
+const char* const LogFile = "module_scene/scenevcgmodel";
+
+const SceneElementFactory::Register registration(SceneVCGModel::TypeName, &SceneVCGModel::createElement);
+
+// The 12 triangles of a box, as corner indices, in the order the pick tests them.
+const int BoxTriangles[12][3] = {{0, 1, 2}, {2, 3, 0}, {7, 6, 5}, {5, 4, 7}, {0, 4, 5}, {5, 1, 0},
+                                 {1, 5, 6}, {6, 2, 1}, {2, 6, 7}, {7, 3, 2}, {3, 7, 4}, {4, 0, 3}};
+const int OutlineStrip[10] = {0, 1, 2, 3, 0, 6, 7, 4, 5, 6};
+const int OutlineEdges[3][2] = {{1, 7}, {2, 4}, {3, 5}};
+
+// A point through a homogeneous matrix, divided by the resulting w unless it is 0.
+Point transformed(const SceneElement::Matrix4& m, const Point& p)
+{
+    Point result(m(0, 0) * p[0] + m(0, 1) * p[1] + m(0, 2) * p[2] + m(0, 3),
+                 m(1, 0) * p[0] + m(1, 1) * p[1] + m(1, 2) * p[2] + m(1, 3),
+                 m(2, 0) * p[0] + m(2, 1) * p[1] + m(2, 2) * p[2] + m(2, 3));
+    const double w = m(3, 0) * p[0] + m(3, 1) * p[1] + m(3, 2) * p[2] + m(3, 3);
+    if (w != 0.0) {
+        for (int i = 0; i < 3; ++i)
+            result[i] /= w;
+    }
+    return result;
+}
+
+Point cornerOf(const SceneElement::Box& box, int corner)
+{
+    return Point(box.corners[corner].x(), box.corners[corner].y(), box.corners[corner].z());
+}
+
+// Whether the point lies on the inner side of the edge u-v (or on it).
+bool insideOfEdge(const Point& u, const Point& v, const Point& hit, const Point& normal)
+{
+    return (v - u).cross(hit - u).dot(normal) >= 0.0;
+}
+
+double edgeLength(const CVertexO* from, const CVertexO* to)
+{
+    return (to->coord - from->coord).length();
+}
+
+Point barycenter(const CFaceO& face)
+{
+    const Point sum = face.v[0]->coord + face.v[1]->coord + face.v[2]->coord;
+    return Point(sum.x() / 3.0, sum.y() / 3.0, sum.z() / 3.0);
+}
+
+void glColorOf(const QColor& color, float alpha)
+{
+    glColor4f(static_cast<float>(color.redF()), static_cast<float>(color.greenF()), static_cast<float>(color.blueF()),
+              alpha);
+}
+
+void glMaterialOf(GLenum parameter, const QColor& color, float alpha)
+{
+    const GLfloat values[4] = {static_cast<float>(color.redF()), static_cast<float>(color.greenF()),
+                               static_cast<float>(color.blueF()), alpha};
+    glMaterialfv(GL_FRONT, parameter, values);
+}
+
+void writeColor(QXmlStreamWriter* writer, const QString& tag, const QColor& color)
+{
+    writer->writeStartElement(tag);
+    writer->writeAttribute("r", QString::number(color.red()));
+    writer->writeAttribute("g", QString::number(color.green()));
+    writer->writeAttribute("b", QString::number(color.blue()));
+    writer->writeEndElement();
+}
+
+void readColor(QXmlStreamReader* reader, QColor& color)
+{
+    const QXmlStreamAttributes attributes = reader->attributes();
+    color.setRgb(attributes.value("r").toInt(), attributes.value("g").toInt(), attributes.value("b").toInt(), 255);
+}
+
+} // namespace
+
+SceneVCGModel::SceneVCGModel(MeshModel* mesh, const QString& name) : SceneElement(name), meshModel(mesh)
+{
+    m_hasScalingFactor = true;
+    m_hasCustomGUI = true;
+    m_isSerializable = true;
+    m_isIntersectable = true;
+    m_isOriginChangeable = true;
+    if (meshModel) {
+        meshModel->drawMode = MeshRenderer::DRAW_SMOOTH;
+        initMeshModel();
+    }
+}
+
+// A widget may still refer to the mesh: it goes at the next turn of the event loop.
+SceneVCGModel::~SceneVCGModel()
+{
+    if (m_customGUI)
+        m_customGUI->deleteLater();
+    delete meshModel;
+}
+
+SceneElement* SceneVCGModel::createElement()
+{
+    return new SceneVCGModel(nullptr, QString());
+}
+
+QString SceneVCGModel::getTypeName() const
+{
+    return TypeName;
+}
+
+void SceneVCGModel::initMeshModel()
+{
+    meshModel->glw->addHints(MeshRenderer::HINT_USE_DISPLAY_LIST | MeshRenderer::HINT_CALLER_NORMALS);
+
+    const Box3d& bbox = meshModel->cm.bbox;
+    Box box;
+    for (int axis = 0; axis < 3; ++axis) {
+        box.size[axis] = bbox.max[axis] - bbox.min[axis];
+        box.center[axis] = bbox.min[axis] + box.size[axis] * 0.5;
+    }
+    box.center.w() = Traits::One;
+    box.size.w() = Traits::Zero;
+    box.updateCorners();
+    // A box read from a project stays.
+    if (getBoundingBox(false).center.w() == Traits::Zero)
+        getBoundingBox(false) = box;
+
+    Box scaled = getBoundingBox(false);
+    for (int axis = 0; axis < 3; ++axis)
+        scaled.size[axis] = math::snap(scaled.size[axis] * m_scalingFactor);
+    scaled.updateCorners();
+    getBoundingBox(true) = scaled;
+    m_hasBoundingBox = true;
+
+    for (CVertexO& vertex : meshModel->cm.vert)
+        vertex.owner = this;
+}
+
+// ---------------------------------------------------------------------------------------
+// Project XML
+
+void SceneVCGModel::saveTo(QXmlStreamWriter* writer, io::ZTarFile* tar, const bool& abort)
+{
+    SceneElement::saveTo(writer, tar, abort);
+    writer->writeTextElement("drawmode", QString::number(meshModel ? meshModel->drawMode : pendingDrawMode));
+    writer->writeTextElement("wireframe", QString::number(settings.wireframe ? 1 : 0));
+    writeColor(writer, "modelColor", settings.modelColor);
+    writeColor(writer, "clippingColor", settings.clippingColor);
+    writeColor(writer, "ambientColor", settings.ambientColor);
+    writeColor(writer, "diffuseColor", settings.diffuseColor);
+    writeColor(writer, "specularColor", settings.specularColor);
+    writer->writeTextElement("shininess", QString::number(settings.shininess, 'g', 6));
+    writer->writeTextElement("advancedColoring", QString::number(settings.advancedColoring ? 1 : 0));
+    writer->writeStartElement("preSetCenter");
+    writer->writeAttribute("x", QString::number(preSetCenter.x(), 'g', 6));
+    writer->writeAttribute("y", QString::number(preSetCenter.y(), 'g', 6));
+    writer->writeAttribute("z", QString::number(preSetCenter.z(), 'g', 6));
+    writer->writeEndElement();
+}
+
+// Decimal text comes back as float where the file format says so (shininess, centre).
+void SceneVCGModel::loadFrom(QXmlStreamReader* reader, io::ZTarFile* tar, Scene* scene, bool& abort)
+{
+    SceneElement::loadFrom(reader, tar, scene, abort);
+    const QStringRef tag = reader->name();
+    if (tag == QLatin1String("drawmode")) {
+        pendingDrawMode = reader->readElementText().toInt();
+    } else if (tag == QLatin1String("wireframe")) {
+        settings.wireframe = reader->readElementText().toInt() != 0;
+    } else if (tag == QLatin1String("modelColor")) {
+        readColor(reader, settings.modelColor);
+    } else if (tag == QLatin1String("clippingColor")) {
+        readColor(reader, settings.clippingColor);
+    } else if (tag == QLatin1String("ambientColor")) {
+        readColor(reader, settings.ambientColor);
+    } else if (tag == QLatin1String("diffuseColor")) {
+        readColor(reader, settings.diffuseColor);
+    } else if (tag == QLatin1String("specularColor")) {
+        readColor(reader, settings.specularColor);
+    } else if (tag == QLatin1String("preSetCenter")) {
+        const QXmlStreamAttributes attributes = reader->attributes();
+        preSetCenter = Point(attributes.value("x").toFloat(), attributes.value("y").toFloat(),
+                             attributes.value("z").toFloat());
+    } else if (tag == QLatin1String("shininess")) {
+        settings.shininess = reader->readElementText().toFloat();
+    } else if (tag == QLatin1String("advancedColoring")) {
+        settings.advancedColoring = reader->readElementText().toInt() != 0;
+    }
+}
+
+// The model properties panel is not part of the module yet.
+QWidget* SceneVCGModel::createCustomGUI()
+{
+    return nullptr;
+}
+
+// ---------------------------------------------------------------------------------------
+// Look
+
+void SceneVCGModel::setSettings(const Settings* newSettings)
+{
+    const bool wireframeChanges = newSettings->wireframe != settings.wireframe;
+    if (wireframeChanges)
+        renderMutex.lock();
+    settings = *newSettings;
+    if (wireframeChanges)
+        renderMutex.unlock();
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::setChangedIfValid(const QColor& color, QColor& field)
+{
+    if (!color.isValid())
+        return;
+    field = color;
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::setModelColor(const QColor& color)
+{
+    setChangedIfValid(color, settings.modelColor);
+}
+
+void SceneVCGModel::setAmbientColor(const QColor& color)
+{
+    setChangedIfValid(color, settings.ambientColor);
+}
+
+void SceneVCGModel::setDiffuseColor(const QColor& color)
+{
+    setChangedIfValid(color, settings.diffuseColor);
+}
+
+void SceneVCGModel::setSpecularColor(const QColor& color)
+{
+    setChangedIfValid(color, settings.specularColor);
+}
+
+void SceneVCGModel::setClippingColor(const QColor& color)
+{
+    if (color == settings.clippingColor)
+        return;
+    settings.clippingColor = color;
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::setShininess(double shininess)
+{
+    settings.shininess = shininess >= 0.0 && shininess <= 128.0 ? shininess : 0.0;
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::setWireframeEnabled(bool enabled)
+{
+    {
+        QMutexLocker locker(&renderMutex);
+        settings.wireframe = enabled;
+    }
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::enableAdvancedColoring(bool enabled)
+{
+    settings.advancedColoring = enabled;
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::setRenderPerFace(bool perFace)
+{
+    if (renderPerFace == perFace)
+        return;
+    renderPerFace = perFace;
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::setRenderNormals(bool render)
+{
+    if (renderNormals == render)
+        return;
+    renderNormals = render;
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::setRenderLock(bool lock)
+{
+    if (lock)
+        renderMutex.lock();
+    else
+        renderMutex.unlock();
+}
+
+// ---------------------------------------------------------------------------------------
+// Measures and picking
+
+double SceneVCGModel::getAverageEdgeLength(unsigned int count) const
+{
+    const std::uint32_t sample = count * 3u;
+    if (sample == 0 || !meshModel)
+        return 0.0;
+    double sum = 0.0;
+    std::uint32_t edges = 0;
+    for (const CFaceO& face : meshModel->cm.face) {
+        if (face.hasCorners()) {
+            sum += edgeLength(face.v[0], face.v[1]);
+            sum += edgeLength(face.v[1], face.v[2]);
+            sum += edgeLength(face.v[2], face.v[0]);
+        }
+        edges += 3;
+        if (edges % sample == 0)
+            break;
+    }
+    return sum / edges;
+}
+
+bool SceneVCGModel::intersect(const Line& line, const CFaceO** face, Point& point, double& distance, bool snap)
+{
+    const Box box = getBoundingBox(true).transform(m_transformMatrix * m_originMatrix);
+    bool boxHit = false;
+    for (const auto& triangle : BoxTriangles) {
+        Point hit;
+        double t = 0.0;
+        if (intersectTriangle(cornerOf(box, triangle[0]), cornerOf(box, triangle[1]), cornerOf(box, triangle[2]),
+                              line, hit, t)) {
+            boxHit = true;
+            break;
+        }
+    }
+    if (!boxHit)
+        return false;
+    return intersectFaces(line, face, point, distance, snap);
+}
+
+bool SceneVCGModel::intersectFaces(const Line& line, const CFaceO** face, Point& point, double& distance,
+                                   bool snap) const
+{
+    if (face)
+        *face = nullptr;
+    if (!meshModel)
+        return false;
+    const Matrix4 complete = getCompleteTransformMatrix();
+    const CFaceO* kept = nullptr;
+    Point keptCorners[3];
+    double best = std::numeric_limits<double>::max();
+    for (const CFaceO& candidate : meshModel->cm.face) {
+        if (candidate.isDeleted() || !candidate.hasCorners())
+            continue;
+        const Point corners[3] = {transformed(complete, candidate.v[0]->coord),
+                                  transformed(complete, candidate.v[1]->coord),
+                                  transformed(complete, candidate.v[2]->coord)};
+        Point hit;
+        if (intersectTriangle(corners[0], corners[1], corners[2], line, hit, distance) && distance < best) {
+            best = distance;
+            point = hit;
+            kept = &candidate;
+            std::copy(corners, corners + 3, keptCorners);
+        }
+    }
+    if (kept && snap) {
+        double nearest = std::numeric_limits<double>::max();
+        const Point hit = point;
+        for (const Point& corner : keptCorners) {
+            const double cornerDistance = (corner - hit).length();
+            if (cornerDistance < nearest) {
+                nearest = cornerDistance;
+                point = corner;
+            }
+        }
+    }
+    if (face)
+        *face = kept;
+    return kept != nullptr;
+}
+
+bool SceneVCGModel::intersectTriangle(const Point& a, const Point& b, const Point& c, const Line& line, Point& hit,
+                                      double& t)
+{
+    const Point normal = (b - a).cross(c - a);
+    const Point unitNormal = normal.getNormalized();
+    const Point direction = line.end - line.start;
+    const double parameter = (unitNormal.dot(a) - unitNormal.dot(line.start)) / unitNormal.dot(direction);
+    if (parameter < 0.0)
+        return false;
+    t = parameter;
+    hit = line.start + direction * parameter;
+    return insideOfEdge(a, b, hit, normal) && insideOfEdge(b, c, hit, normal) && insideOfEdge(c, a, hit, normal);
+}
+
+// The figures are those of the element's records, in wrapping 32-bit arithmetic. The block
+// is filled so that the pages really exist.
+bool SceneVCGModel::checkForMemory(unsigned int vertices, unsigned int faces)
+{
+    const char* const function = "qel::scene::SceneVCGModel::checkForMemory";
+    const std::uint32_t bytes = faces * 64u + vertices * 104u;
+    const std::uint32_t need = (bytes + 824u) >> 20;
+    log::Logger::log(3000, LogFile, 752, function, nullptr, "Vertex Count: %d, needed vertex memory: %d MiB",
+                     static_cast<int>(vertices), static_cast<int>((vertices * 104u) >> 20));
+    log::Logger::log(3000, LogFile, 753, function, nullptr, "Face Count: %d, needed face memory: %d MiB",
+                     static_cast<int>(faces), static_cast<int>((faces * 64u) >> 20));
+    log::Logger::log(3000, LogFile, 754, function, nullptr, "Total memory needed for working: %d MiB",
+                     static_cast<int>(need * 2u));
+    log::Logger::log(3000, LogFile, 755, function, nullptr, "Available physical memory: %d MiB",
+                     static_cast<int>(util::MemInfo::getAvailableMemory() >> 20));
+    const std::uint32_t blockSize = bytes * 2u + 1648u;
+    void* block = std::malloc(blockSize);
+    if (!block) {
+        log::Logger::log(1000, LogFile, 761, function, nullptr, "Could not allocate requested memory (%d MiB)!",
+                         static_cast<int>(need * 2u));
+        return false;
+    }
+    log::Logger::log(4000, LogFile, 766, function, nullptr,
+                     "Memory checks have been suspended on WIN64 platforms, because of incorrect values - load "
+                     "models at your own risk");
+    std::memset(block, 1, blockSize);
+    std::free(block);
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Face selection
+
+bool SceneVCGModel::placeOf(const CFaceO* face, std::size_t& place) const
+{
+    if (!meshModel || meshModel->cm.face.empty())
+        return false;
+    const FaceVector& faces = meshModel->cm.face;
+    const CFaceO* first = faces.data();
+    const CFaceO* last = first + (faces.size() - 1);
+    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(face);
+    if (address < reinterpret_cast<std::uintptr_t>(first) || address > reinterpret_cast<std::uintptr_t>(last))
+        return false;
+    place = (address - reinterpret_cast<std::uintptr_t>(first)) / sizeof(CFaceO);
+    return true;
+}
+
+CFaceO& SceneVCGModel::flagFaceOf(std::size_t place)
+{
+    return meshModel->cm.face[place / 8];
+}
+
+void SceneVCGModel::changeFaceSelection(const std::vector<unsigned int>& faces, FaceListChange change, long line,
+                                        const char* function)
+{
+    {
+        QWriteLocker locker(&selectionLock);
+        const std::size_t count = meshModel ? meshModel->cm.face.size() : 0;
+        for (unsigned int place : faces) {
+            if (place >= count) {
+                log::Logger::log(1000, LogFile, line, function, nullptr, "Given face isn't part of that model!");
+                continue;
+            }
+            CFaceO& face = meshModel->cm.face[place];
+            if (face.isDeleted())
+                continue;
+            const bool select = change == FACES_ADD || (change == FACES_TOGGLE && !selectedFaces.count(&face));
+            if (select) {
+                selectedFaces.insert(&face);
+                face.setFlag(CFaceO::ELEMENT_SELECTED);
+            } else {
+                selectedFaces.erase(&face);
+                face.clearFlag(CFaceO::ELEMENT_SELECTED);
+            }
+        }
+    }
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::addFaceSelection(const std::vector<unsigned int>& faces)
+{
+    changeFaceSelection(faces, FACES_ADD, 1130, "qel::scene::SceneVCGModel::addFaceSelection");
+}
+
+void SceneVCGModel::removeFaceSelection(const std::vector<unsigned int>& faces)
+{
+    changeFaceSelection(faces, FACES_REMOVE, 1162, "qel::scene::SceneVCGModel::removeFaceSelection");
+}
+
+void SceneVCGModel::toggleFaceSelection(const std::vector<unsigned int>& faces)
+{
+    changeFaceSelection(faces, FACES_TOGGLE, 1194, "qel::scene::SceneVCGModel::toggleFaceSelection");
+}
+
+bool SceneVCGModel::addFaceSelection(const CFaceO* face)
+{
+    std::size_t place = 0;
+    if (!placeOf(face, place) || face->isDeleted())
+        return false;
+    QWriteLocker locker(&selectionLock);
+    flagFaceOf(place).setFlag(CFaceO::ELEMENT_SELECTED);
+    return selectedFaces.insert(face).second;
+}
+
+bool SceneVCGModel::removeFaceSelection(const CFaceO* face)
+{
+    std::size_t place = 0;
+    if (!placeOf(face, place))
+        return false;
+    QWriteLocker locker(&selectionLock);
+    flagFaceOf(place).clearFlag(CFaceO::ELEMENT_SELECTED);
+    return selectedFaces.erase(face) > 0;
+}
+
+void SceneVCGModel::toggleFaceSelection(const CFaceO* face)
+{
+    std::size_t place = 0;
+    if (!placeOf(face, place) || face->isDeleted())
+        return;
+    {
+        QWriteLocker locker(&selectionLock);
+        if (selectedFaces.erase(face) > 0) {
+            flagFaceOf(place).clearFlag(CFaceO::ELEMENT_SELECTED);
+        } else {
+            selectedFaces.insert(face);
+            flagFaceOf(place).setFlag(CFaceO::ELEMENT_SELECTED);
+        }
+    }
+    setChanged(CHANGE_PROPERTY);
+}
+
+void SceneVCGModel::clearFaceSelection()
+{
+    {
+        QWriteLocker locker(&selectionLock);
+        for (const CFaceO* face : selectedFaces) {
+            std::size_t place = 0;
+            if (placeOf(face, place))
+                flagFaceOf(place).clearFlag(CFaceO::ELEMENT_SELECTED);
+        }
+        selectedFaces.clear();
+    }
+    setChanged(CHANGE_PROPERTY);
+}
+
+bool SceneVCGModel::isFaceSelected(const CFaceO* face)
+{
+    QReadLocker locker(&selectionLock);
+    return selectedFaces.count(face) > 0;
+}
+
+bool SceneVCGModel::isFaceSelected()
+{
+    QReadLocker locker(&selectionLock);
+    return !selectedFaces.empty();
+}
+
+const SceneVCGModel::FaceSet& SceneVCGModel::getSelectedFaces()
+{
+    selectionLock.lockForRead();
+    selectionLock.unlock();
+    return selectedFaces;
+}
+
+// ---------------------------------------------------------------------------------------
+// Drawing
+
+void SceneVCGModel::initializeGL()
+{
+    if (meshModel)
+        meshModel->glw->updateIndices();
+}
+
+void SceneVCGModel::drawGL()
+{
+    glPushAttrib(GL_ALL_ATTRIB_BITS);
+    if (renderNormals)
+        drawNormals();
+    if (m_opacity != 1.0)
+        glEnable(GL_BLEND);
+    applyMaterial();
+    glEnable(GL_RESCALE_NORMAL);
+    if (meshModel && meshModel->visible) {
+        if (isMeshReady())
+            drawMesh();
+        else
+            drawBoxOutline();
+    }
+    glDisable(GL_RESCALE_NORMAL);
+    glPopAttrib();
+}
+
+// Lines of a hundredth of the model's size along the face or vertex normals.
+void SceneVCGModel::drawNormals()
+{
+    const CMeshO* mesh = meshModel ? meshModel->activeMesh() : nullptr;
+    if (!mesh)
+        return;
+    const float length =
+        static_cast<float>(static_cast<float>(m_boundingSphereDiameter) * 0.01 / m_scalingFactor);
+    glPushMatrix();
+    glScaled(m_scalingFactor, m_scalingFactor, m_scalingFactor);
+    glEnable(GL_COLOR_MATERIAL);
+    glBegin(GL_LINES);
+    glColor3f(0.0f, 0.0f, 0.9f);
+    if (renderPerFace) {
+        for (const CFaceO& face : mesh->face) {
+            if (face.isDeleted() || !face.hasCorners())
+                continue;
+            const Point middle = barycenter(face);
+            const Point tip = middle + face.normal * static_cast<double>(length);
+            glVertex3dv(middle.data());
+            glVertex3dv(tip.data());
+        }
+    } else {
+        for (const CVertexO& vertex : mesh->vert) {
+            if (vertex.isDeleted())
+                continue;
+            const Point tip = vertex.coord + vertex.normal * static_cast<double>(length);
+            glVertex3dv(vertex.coord.data());
+            glVertex3dv(tip.data());
+        }
+    }
+    glEnd();
+    glDisable(GL_COLOR_MATERIAL);
+    glPopMatrix();
+}
+
+void SceneVCGModel::applyMaterial()
+{
+    const float alpha = static_cast<float>(m_opacity);
+    if (settings.advancedColoring) {
+        glDisable(GL_COLOR_MATERIAL);
+        glMaterialOf(GL_AMBIENT, settings.ambientColor, alpha);
+        glMaterialOf(GL_DIFFUSE, settings.diffuseColor, alpha);
+        glMaterialOf(GL_SPECULAR, settings.specularColor, alpha);
+        glMaterialf(GL_FRONT, GL_SHININESS, static_cast<float>(settings.shininess));
+    } else {
+        glEnable(GL_COLOR_MATERIAL);
+        glColorOf(settings.modelColor, alpha);
+    }
+}
+
+bool SceneVCGModel::isMeshReady()
+{
+    QMutexLocker locker(&meshModel->meshMutex);
+    return !meshModel->busy && meshModel->activeMesh();
+}
+
+void SceneVCGModel::drawBoxOutline()
+{
+    const Box& box = getBoundingBox(true);
+    glDisable(GL_LIGHTING);
+    glBegin(GL_LINE_STRIP);
+    for (int corner : OutlineStrip)
+        glVertex3dv(box.corners[corner].data());
+    glEnd();
+    glBegin(GL_LINES);
+    for (const auto& edge : OutlineEdges) {
+        glVertex3dv(box.corners[edge[0]].data());
+        glVertex3dv(box.corners[edge[1]].data());
+    }
+    glEnd();
+}
+
+// A variable mesh lives for one drawing.
+void SceneVCGModel::drawMesh()
+{
+    QMutexLocker locker(&renderMutex);
+    if (settings.wireframe) {
+        glPushAttrib(GL_POLYGON_BIT);
+        glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+    }
+    glScaled(m_scalingFactor, m_scalingFactor, m_scalingFactor);
+    meshModel->Render(meshModel->drawMode,
+                      renderPerFace ? MeshRenderer::COLOR_PER_FACE : MeshRenderer::COLOR_PER_VERTEX,
+                      MeshRenderer::TEXTURE_NONE);
+    if (settings.wireframe)
+        glPopAttrib();
+    glDrawSelectedFaces();
+    if (meshModel->activeMesh() == meshModel->variableMesh)
+        meshModel->deleteVariableRenderedMesh();
+}
+
+// A frame that finds the set being changed shows no selection.
+void SceneVCGModel::glDrawSelectedFaces()
+{
+    glPushAttrib(GL_CURRENT_BIT | GL_LIGHTING_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT | GL_COLOR_BUFFER_BIT);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glDisable(GL_LIGHTING);
+    glDisable(GL_TEXTURE_2D);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glDepthMask(GL_FALSE);
+    glColor4f(1.0f, 0.0f, 0.0f, static_cast<float>(m_opacity));
+    glPolygonOffset(-2.0f, -2.0f);
+    glPushMatrix();
+    if (selectionLock.tryLockForRead()) {
+        glBegin(GL_TRIANGLES);
+        for (const CFaceO* face : selectedFaces) {
+            for (int corner = 0; corner < 3; ++corner)
+                glVertex3dv(face->v[corner]->coord.data());
+        }
+        selectionLock.unlock();
+        glEnd();
+    }
+    glPopMatrix();
+    glPopAttrib();
+}
+
+} // namespace scene
+} // namespace qel
