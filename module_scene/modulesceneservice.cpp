@@ -1,10 +1,14 @@
 #include "module_scene/modulesceneservice.h"
 
+#include "kernel/main/overseer.h"
+#include "kernel/util/worker.h"
+#include "module_scene/gui/scenepanel.h"
 #include "module_scene/gui/viewer.h"
 #include "module_scene/scene.h"
 #include "module_scene/scenelocker.h"
 #include "module_scene/selectedpoint.h"
 
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QStringList>
@@ -85,6 +89,39 @@ QString pointObject(const SelectedPoint* point)
                    member("position", list({number(position[0]), number(position[1]), number(position[2])}))});
 }
 
+// Renders on the application thread, where all GL work of the module happens.
+class RenderWorker : public util::Worker
+{
+public:
+    explicit RenderWorker(const QSize& size) : size(size) {}
+    QImage image;
+
+protected:
+    void run() override;
+
+private:
+    QSize size;
+};
+
+// A panel of its own at the asked size, with the camera of the active panel when there is
+// one: the windows on screen keep their size.
+void RenderWorker::run()
+{
+    if (size.width() <= 0 || size.height() <= 0)
+        return;
+    gui::Viewer* viewer = gui::Viewer::getInstance();
+    gui::ScenePanel* active = viewer->getActivePanel().data();
+    gui::ScenePanel panel(active ? active->getScene() : viewer->getGlobalScene(), nullptr);
+    if (active) {
+        panel.setTransformMatrix(active->getTransformMatrix());
+        panel.setScale(active->getScale());
+    }
+    panel.setAttribute(Qt::WA_DontShowOnScreen);
+    panel.resize(size);
+    panel.show();
+    image = panel.grabFramebuffer().convertToFormat(QImage::Format_RGB32);
+}
+
 } // namespace
 
 ModuleSceneService* ModuleSceneService::getInstance()
@@ -93,9 +130,16 @@ ModuleSceneService* ModuleSceneService::getInstance()
     return &service;
 }
 
-QImage ModuleSceneService::renderScene(const QSize&)
+QImage ModuleSceneService::renderScene(const QSize& size)
 {
-    return QImage();
+    auto* worker = new RenderWorker(size);
+    worker->setWait(true);
+    worker->setDontDeleteMySelf(true);
+    main::Overseer::getInstance()->transmitWorker(worker);
+    worker->wait();
+    const QImage image = worker->image;
+    delete worker;
+    return image;
 }
 
 QString ModuleSceneService::dumpScene()

@@ -1,7 +1,13 @@
 #include "module_scene/gui/viewer.h"
 
+#include "kernel/main/event.h"
+#include "kernel/main/eventmanager.h"
+#include "kernel/main/overseer.h"
+#include "module_scene/gui/scenepanel.h"
+#include "module_scene/gui/scenewindow.h"
 #include "module_scene/gui/sharedcontext.h"
 #include "module_scene/scene.h"
+#include "module_scene/sceneevents.h"
 
 #include <QCoreApplication>
 #include <QMutex>
@@ -54,6 +60,83 @@ Viewer::~Viewer()
         globalScene->shutDown();
     globalScene = nullptr;
     delete sharedContext;
+    activePanel = nullptr;
+    windows.clear();
+}
+
+SceneWindow* Viewer::createSceneWindow()
+{
+    auto* worker = new CreateWindowWorker(globalScene);
+    worker->setWait(true);
+    worker->setDontDeleteMySelf(true);
+    main::Overseer::getInstance()->transmitWorker(worker);
+    worker->wait();
+    SceneWindow* window = worker->result;
+    delete worker;
+    if (!window)
+        return nullptr;
+    windows.insert(window);
+    connect(window, SIGNAL(destroyed(QObject*)), this, SLOT(SceneWindowDestroyed(QObject*)));
+    return window;
+}
+
+void Viewer::cleanUpWindows()
+{
+    auto* worker = new CleanWindowsWorker(this);
+    worker->setWait(true);
+    main::Overseer::getInstance()->transmitWorker(worker);
+    worker->wait();
+}
+
+void Viewer::setActivePanel(ScenePanel* panel)
+{
+    if (activePanel.data() == panel)
+        return;
+    activePanel = panel;
+    fireActivePanelChanged(panel);
+}
+
+// Only the loss of the active panel is news; closing another window tells nobody.
+void Viewer::SceneWindowDestroyed(QObject* object)
+{
+    for (auto window = windows.begin(); window != windows.end();) {
+        if (static_cast<QObject*>(*window) == object)
+            window = windows.erase(window);
+        else
+            ++window;
+    }
+    if (activePanel.isNull())
+        fireActivePanelChanged(nullptr);
+}
+
+void Viewer::fireActivePanelChanged(ScenePanel* panel)
+{
+    main::Event event(scene::SCENEPANEL_CHANGED, panel, this, false);
+    main::EventManager::getInstance()->fireEvent(event);
+}
+
+bool Viewer::isFboAvailable() const
+{
+    return sharedContext->hasFBO();
+}
+
+Viewer::CreateWindowWorker::CreateWindowWorker(const util::ZPointer<scene::Scene>& scene) : scene(scene)
+{
+}
+
+Viewer::CreateWindowWorker::~CreateWindowWorker() = default;
+
+void Viewer::CreateWindowWorker::run()
+{
+    result = new SceneWindow(scene);
+}
+
+// Closing destroys the window later: the set is walked on a copy.
+void Viewer::CleanWindowsWorker::run()
+{
+    const std::set<SceneWindow*> windows = *viewer->getSceneWindows();
+    for (SceneWindow* window : windows)
+        window->close();
 }
 
 QOpenGLFunctions* Viewer::getGLFunctions()

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "kernel/math/matrix.h"
+#include "kernel/math/quaternion.h"
+#include "kernel/util/zobserver.h"
+#include "kernel/util/zpointer.h"
+#include "module_scene/gui/lockableglwidget.h"
+
+class QMutex;
+class QXmlStreamReader;
+class QXmlStreamWriter;
+
+namespace qel {
+namespace main {
+class Event;
+}
+namespace scene {
+class Scene;
+class SceneDrawer;
+class SceneElement;
+} // namespace scene
+
+namespace gui {
+
+// The GL widget that shows a scene: holds the camera (a view matrix and a zoom scale), owns
+// the scene's drawer, keeps the focused element and repaints when the scene changes. A paint
+// takes the shared context's mutex (through the base), then tries the scene's lock, then the
+// panel's own mutex; a busy scene leaves one blank frame.
+class ScenePanel : public LockableGLWidget
+{
+    Q_OBJECT
+
+public:
+    typedef math::Matrix<double, 4, 4> Matrix4;
+
+    enum AXIS { AXIS_X = 1, AXIS_Y = 2, AXIS_Z = 4 };
+    enum ELEMENTTRANSFORMMODE { MODE_SCREEN = 0, MODE_GLOBAL = 1, MODE_LOCAL = 2 };
+
+    explicit ScenePanel(const util::ZPointer<scene::Scene>& scene, QWidget* parent = nullptr);
+    // Without a scene the panel paints nothing until setScene.
+    explicit ScenePanel(QWidget* parent);
+    ~ScenePanel() override;
+
+    void setScene(const util::ZPointer<scene::Scene>& scene);
+    util::ZPointer<scene::Scene> getScene() const;
+    scene::SceneDrawer* getDrawer() const { return drawer; }
+    scene::SceneElement* getFocusElement() const { return focusElement; }
+
+    // The camera. None of the setters repaints except setRotation.
+    Matrix4& getTransformMatrix() { return view; }
+    void setTransformMatrix(const Matrix4& matrix) { view = matrix; }
+    const double& getScale() const { return scale; }
+    void setScale(const double& value) { scale = value; }
+    Matrix4 getScaledTransformMatrix() const;
+    // Replaces the rotation, keeps the pan, repaints.
+    void setRotation(const math::Quaternion<double>& rotation);
+    // Depth is expressed as zoom: z = -200 is scale 1, z = 0 scale 2.
+    void setTranslation(double x, double y, double z);
+    void resetTransform();
+
+    int getAxisMask() const { return axisMask; }
+    int getElementTransformMode() const { return elementTransformMode; }
+
+    // The camera as "transform" (sixteen "entry" elements, row by row), "scale" and
+    // "oldscale", written into the element the caller opened.
+    virtual void saveTo(QXmlStreamWriter* writer);
+    // Reads up to the end of the enclosing "window" element; entries out of range are skipped.
+    virtual void loadFrom(QXmlStreamReader* reader);
+
+protected:
+    void init();
+
+    void glInit() override;
+    void glPaint() override;
+    void glResize(int width, int height) override;
+
+    // Camera gestures: right rotates, middle pans, left with right zooms, the wheel zooms.
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+
+private:
+    // Told by the scene of every change; may run on any thread.
+    class SceneObserver : public util::ZObserver
+    {
+    public:
+        explicit SceneObserver(ScenePanel* panel) : panel(panel) {}
+        void update(void* data, void* source) override;
+
+    private:
+        ScenePanel* panel;
+    };
+
+    ScenePanel(const ScenePanel&) = delete;
+    ScenePanel& operator=(const ScenePanel&) = delete;
+
+    void elementFocused(const main::Event* event);
+    void sceneRedraw(const main::Event* event);
+    void settingsUpdate(const main::Event* event);
+    void setFocusElement(scene::SceneElement* element);
+    // update() on the application thread, queued from elsewhere.
+    void requestRepaint();
+    void drawModeMarker();
+    void zoomBy(double step);
+    void rotateView(int dx, int dy, bool aroundViewAxis, double speed);
+
+    util::ZPointer<scene::Scene> scene;
+    scene::SceneDrawer* drawer = nullptr;
+    SceneObserver* observer = nullptr;
+    bool mustInitialize = false;
+    Matrix4 view;
+    double scale = 1.0;
+    double oldScale = 1.0;
+    scene::SceneElement* focusElement = nullptr;
+    int hasFocusElement = 0;
+    QMutex* mutex = nullptr;
+    int mouseX = 0;
+    int mouseY = 0;
+    int buttons = 0;
+    int dx = 0;
+    int dy = 0;
+    int previousX = 0;
+    int previousY = 0;
+    int pressX = -1;
+    int pressY = -1;
+    int modifiers = 0;
+    int axisMask = AXIS_X | AXIS_Y | AXIS_Z;
+    int elementTransformMode = MODE_SCREEN;
+    double wheelSpeed = 100.0;
+    double leftRightSpeed = 100.0;
+    double rightSpeed = 100.0;
+    double midSpeed = 100.0;
+};
+
+} // namespace gui
+} // namespace qel
