@@ -350,7 +350,7 @@ bool LoadModel::loadFile(const QString& file, QString& name, bool inPlace)
             model->setPreSetCenter(Vector3(loader->getPreSetCenter()));
             name.clear();
             addModelToScene(model, inPlace);
-            if (!hasSceneWindow())
+            if (gui::Viewer::getInstance()->getNumberOfSceneWindows() == 0)
                 openSceneView();
         }
     }
@@ -389,12 +389,6 @@ void LoadModel::AskWorker::run()
         QMessageBox::question(nullptr, tr("Load Model"), tr("Continue loading?\n(Look at the console for more information.)"),
                               QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
     answer = button == QMessageBox::No;
-}
-
-// The module has no scene windows of its own yet, so none can be open.
-bool LoadModel::hasSceneWindow()
-{
-    return false;
 }
 
 // The view command may not be registered: then there is nothing to open.

@@ -105,7 +105,6 @@ private:
     bool checkBeforeLoading(io::scene::Loader* loader, const QString& file);
     static void rescaleElements(const ElementList& elements, double ratio);
     static void moveClearOfOthers(qel::scene::SceneVCGModel* model, ElementList* elements);
-    static bool hasSceneWindow();
     static void openSceneView();
 
     QString lastProgressText;
