@@ -2,10 +2,10 @@
 
 #include "module_scene/mesh/cmesho.h"
 #include "module_scene/mesh/meshcleaner.h"
+#include "module_scene/mesh/vertexuserbits.h"
 
-#include <cstdint>
+#include <algorithm>
 #include <cstring>
-#include <vector>
 
 namespace qel {
 namespace io {
@@ -49,7 +49,7 @@ bool samePoint(const CVertexO::Point& a, const CVertexO::Point& b)
 
 // Open addressing over the distinct points seen so far. A slot holds the point's 32-bit
 // hash above its vertex place plus one, so that most probes settle without touching the
-// vertices and the table stays small enough for the caches.
+// vertices, and the table grows with the distinct points only, staying small for the caches.
 class PointTable
 {
 public:
@@ -57,7 +57,7 @@ public:
 
     const std::uint64_t* slotFor(std::uint32_t hash) const { return &slots[hash & (slots.size() - 1)]; }
 
-    // The place of the vertex with this point, or the given place after adding it.
+    // The place of the first vertex with this point, or the given place after adding it.
     std::uint32_t findOrAdd(std::uint32_t hash, std::uint32_t place)
     {
         const std::size_t mask = slots.size() - 1;
@@ -98,13 +98,28 @@ private:
 
 } // namespace
 
-int FastMeshCleaner::removeDuplicateVertices(CMeshO& mesh)
+FastMeshCleaner::FastMeshCleaner(CMeshO& mesh) : mesh(mesh), liveKnown(false) {}
+
+void FastMeshCleaner::collectLiveVertices()
+{
+    live.clear();
+    live.reserve(static_cast<std::size_t>(mesh.vn));
+    for (std::size_t place = 0; place < mesh.vert.size(); ++place) {
+        if (!mesh.vert[place].isDeleted())
+            live.push_back(static_cast<std::uint32_t>(place));
+    }
+    liveKnown = true;
+}
+
+int FastMeshCleaner::removeDuplicateVertices()
 {
     if (mesh.vert.empty() || mesh.vn == 0)
         return 0;
     CVertexO* vertices = mesh.vert.data();
     const std::size_t count = mesh.vert.size();
-    std::vector<std::uint32_t> survivor(count);
+    remap.resize(count);
+    live.clear();
+    live.reserve(count / 4);
     PointTable table(vertices);
 
     // Hashes are computed a block ahead so that the table slots can be fetched in advance.
@@ -118,49 +133,97 @@ int FastMeshCleaner::removeDuplicateVertices(CMeshO& mesh)
             __builtin_prefetch(table.slotFor(hashes[place - start]));
         }
         for (std::size_t place = start; place < end; ++place) {
-            survivor[place] = static_cast<std::uint32_t>(place);
+            remap[place] = static_cast<std::uint32_t>(place);
             CVertexO& vertex = vertices[place];
             if (vertex.isDeleted())
                 continue;
             const std::uint32_t first = table.findOrAdd(hashes[place - start], static_cast<std::uint32_t>(place));
-            if (first != place) {
-                survivor[place] = first;
-                vertex.setDeleted();
-                --mesh.vn;
-                ++merged;
+            if (first == place) {
+                live.push_back(first);
+                continue;
             }
+            remap[place] = first;
+            vertex.setDeleted();
+            --mesh.vn;
+            ++merged;
         }
     }
+    liveKnown = true;
     for (CFaceO& face : mesh.face) {
         if (face.isDeleted())
             continue;
         for (int corner = 0; corner < 3; ++corner) {
             if (face.v[corner])
-                face.v[corner] = vertices + survivor[static_cast<std::size_t>(face.v[corner] - vertices)];
+                face.v[corner] = vertices + remap[static_cast<std::size_t>(face.v[corner] - vertices)];
         }
     }
     qel::scene::MeshCleaner::removeDegenerateFaces(mesh);
     return merged;
 }
 
-void FastMeshCleaner::releaseSpareVertexStorage(CMeshO& mesh)
+int FastMeshCleaner::removeUnreferencedVertices()
 {
-    if (mesh.vert.capacity() == mesh.vert.size())
-        return;
-    const std::uintptr_t oldBase = reinterpret_cast<std::uintptr_t>(mesh.vert.data());
-    mesh.vert.shrink_to_fit();
-    CVertexO* newBase = mesh.vert.data();
-    if (reinterpret_cast<std::uintptr_t>(newBase) == oldBase)
-        return;
-    // On integers: the old block is gone already. Deleted faces follow too, harmlessly.
+    if (!liveKnown)
+        collectLiveVertices();
+    CVertexO* vertices = mesh.vert.data();
+    const std::uint32_t referenced = qel::scene::VertexUserBits::newBit();
+    for (std::uint32_t place : live)
+        vertices[place].clearFlag(referenced);
     for (CFaceO& face : mesh.face) {
+        if (face.isDeleted())
+            continue;
         for (int corner = 0; corner < 3; ++corner) {
-            if (face.v[corner]) {
-                const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(face.v[corner]) - oldBase;
-                face.v[corner] = newBase + offset / sizeof(CVertexO);
-            }
+            if (face.v[corner])
+                face.v[corner]->setFlag(referenced);
         }
     }
+    int removed = 0;
+    std::size_t kept = 0;
+    for (std::uint32_t place : live) {
+        CVertexO& vertex = vertices[place];
+        if (vertex.hasFlag(referenced)) {
+            live[kept++] = place;
+            continue;
+        }
+        vertex.setDeleted();
+        --mesh.vn;
+        ++removed;
+    }
+    live.resize(kept);
+    qel::scene::VertexUserBits::deleteBit(referenced);
+    return removed;
+}
+
+void FastMeshCleaner::compactVertices()
+{
+    if (static_cast<std::size_t>(mesh.vn) == mesh.vert.size()) {
+        mesh.vert.shrink_to_fit();
+        return;
+    }
+    if (!liveKnown)
+        collectLiveVertices();
+    CVertexO* oldBase = mesh.vert.data();
+    remap.resize(mesh.vert.size());
+    CMeshO::VertexVector compacted;
+    compacted.reserve(live.size());
+    for (std::uint32_t place : live) {
+        remap[place] = static_cast<std::uint32_t>(compacted.size());
+        compacted.push_back(oldBase[place]);
+    }
+    CVertexO* newBase = compacted.data();
+    for (CFaceO& face : mesh.face) {
+        for (int corner = 0; corner < 3; ++corner) {
+            CVertexO*& vertex = face.v[corner];
+            if (face.isDeleted() || !vertex || vertex->isDeleted())
+                vertex = nullptr;
+            else
+                vertex = newBase + remap[static_cast<std::size_t>(vertex - oldBase)];
+        }
+    }
+    mesh.vert.swap(compacted);
+    live.clear();
+    liveKnown = false;
+    std::vector<std::uint32_t>().swap(remap);
 }
 
 } // namespace scene

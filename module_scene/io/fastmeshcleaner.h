@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 namespace qel {
 namespace scene {
 class CMeshO;
@@ -7,23 +10,36 @@ class CMeshO;
 namespace io {
 namespace scene {
 
-// The cleaning steps of a load where a scan of millions of triangles makes speed and memory
-// count. Results are those of MeshCleaner and MeshAllocator; only the way differs.
+// The first cleaning steps of a load, for meshes of millions of vertices. A binary STL
+// delivers every corner of every triangle as a vertex of its own, so five in six vertices
+// go in the first step; the steps after it here touch only the survivors, which they keep
+// in a list, instead of scanning the whole vertex vector again and again. The results are
+// those of MeshCleaner and MeshAllocator, step for step.
 class FastMeshCleaner
 {
 public:
-    // Merges live vertices with identical coordinates into the first of them in storage order
-    // and rewrites the corners of live faces, then deletes the faces left with two equal
-    // corners. Same result as MeshCleaner::removeDuplicateVertices, but found with one pass
-    // through a hash table that holds only the distinct points, instead of a sort of all of
-    // them. Returns the number of vertices merged away.
-    static int removeDuplicateVertices(qel::scene::CMeshO& mesh);
-    // Gives back the vertex storage beyond vn after compaction (a binary STL shrinks to a
-    // sixth), rebasing the corners of live faces onto the moved vertices.
-    static void releaseSpareVertexStorage(qel::scene::CMeshO& mesh);
+    explicit FastMeshCleaner(qel::scene::CMeshO& mesh);
+
+    // Merges live vertices with identical coordinates into the first of them in storage
+    // order and rewrites the corners of live faces, then deletes the faces left with two
+    // equal corners. Found with one pass through a hash table of the distinct points rather
+    // than a sort of all of them. Returns the number of vertices merged away.
+    int removeDuplicateVertices();
+    // Deletes live vertices that no live face uses, marked with a user bit of this thread.
+    int removeUnreferencedVertices();
+    // Moves the live vertices, in their order, into storage of exactly vn entries and
+    // rewrites the corners of live faces; corners of deleted faces become null.
+    void compactVertices();
 
 private:
-    FastMeshCleaner() = delete;
+    void collectLiveVertices();
+
+    qel::scene::CMeshO& mesh;
+    // Places of the live vertices in ascending order, once known.
+    std::vector<std::uint32_t> live;
+    bool liveKnown;
+    // Old place to survivor, then to new place.
+    std::vector<std::uint32_t> remap;
 };
 
 } // namespace scene

@@ -5,7 +5,6 @@
 #include "module_scene/io/fastmeshcleaner.h"
 #include "module_scene/mesh/meshallocator.h"
 #include "module_scene/mesh/meshbounds.h"
-#include "module_scene/mesh/meshcleaner.h"
 #include "module_scene/mesh/meshnormals.h"
 #include "module_scene/mesh/meshtopology.h"
 #include "module_scene/mesh/meshtransform.h"
@@ -102,14 +101,14 @@ void Loader::processMesh(int mask)
     logStep(77, QStringLiteral("# Vertices: %1, # Faces: %2, # Triangles: %3").arg(cm.vn).arg(cm.fn).arg(cm.fn));
 
     step(80, QT_TR_NOOP("Cleaning Mesh"));
-    const int duplicates = FastMeshCleaner::removeDuplicateVertices(cm);
-    const int unreferenced = qel::scene::MeshCleaner::removeUnreferencedVertices(cm);
+    FastMeshCleaner cleaner(cm);
+    const int duplicates = cleaner.removeDuplicateVertices();
+    const int unreferenced = cleaner.removeUnreferencedVertices();
     logStep(85, QStringLiteral("Removed %1 duplicate and %2 unreferenced vertices").arg(duplicates).arg(unreferenced));
 
     step(83, QT_TR_NOOP("Removing deleted vertices"));
-    qel::scene::MeshAllocator::compactVertices(cm);
+    cleaner.compactVertices();
     cm.vert.resize(static_cast<std::size_t>(cm.vn));
-    FastMeshCleaner::releaseSpareVertexStorage(cm);
     logStep(91, QStringLiteral("# Vertices after cleaning: %1/%2").arg(cm.vert.size()).arg(cm.vn));
 
     step(84, QT_TR_NOOP("Removing deleted faces"));

@@ -1,14 +1,28 @@
 #include "plugins/io/readers/bytesource.h"
 
 #include <QIODevice>
+#include <algorithm>
 #include <cstring>
 
 namespace qel {
 namespace io {
 namespace readers {
 
+namespace {
+
+// Small inputs get a buffer of their size; it grows when a request needs more.
+std::size_t initialSize(QIODevice& device)
+{
+    const qint64 left = device.isSequential() ? 0 : device.size() - device.pos();
+    if (left <= 0 || left >= static_cast<qint64>(ByteSource::CHUNK_SIZE))
+        return ByteSource::CHUNK_SIZE;
+    return std::max<std::size_t>(static_cast<std::size_t>(left) + 1, 4096);
+}
+
+} // namespace
+
 ByteSource::ByteSource(QIODevice& device)
-    : device(device), buffer(CHUNK_SIZE), begin(0), end(0), consumedBefore(0), exhausted(false), failed(false)
+    : device(device), buffer(initialSize(device)), begin(0), end(0), consumedBefore(0), exhausted(false), failed(false)
 {
 }
 
@@ -30,7 +44,7 @@ bool ByteSource::fetch()
 {
     if (exhausted)
         return false;
-    if (buffer.size() - end < CHUNK_SIZE / 4)
+    if (buffer.size() - end < buffer.size() / 4)
         compact();
     if (end == buffer.size())
         buffer.resize(buffer.size() * 2);

@@ -16,7 +16,7 @@ namespace readers {
 class ByteSource
 {
 public:
-    static const std::size_t CHUNK_SIZE = 1 << 20;
+    static constexpr std::size_t CHUNK_SIZE = 1 << 20;
 
     explicit ByteSource(QIODevice& device);
 

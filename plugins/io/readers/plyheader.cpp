@@ -168,6 +168,8 @@ bool PlyHeader::parseLine(const std::vector<std::string>& words, int lineNumber)
                             .arg(lineNumber)
                             .arg(count)
                             .arg(QString::fromStdString(words[1])));
+        if (findElement(words[1].c_str()))
+            return fail(QStringLiteral("header line %1: a second element %2").arg(lineNumber).arg(shown(words[1])));
         Element element;
         element.name = words[1];
         element.count = count;

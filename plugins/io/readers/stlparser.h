@@ -31,7 +31,7 @@ public:
         virtual void add(const double* corners, std::size_t triangles) = 0;
     };
 
-    static const std::size_t BATCH_SIZE = 4096;
+    static constexpr std::size_t BATCH_SIZE = 4096;
 
     explicit StlParser(ReadMonitor* monitor = nullptr);
 

@@ -17,7 +17,7 @@ class TextScanner
 {
 public:
     // Longest token or line accepted; longer ones are a format error, not a memory hog.
-    static const std::size_t MAXIMUM_LENGTH = 64 << 20;
+    static constexpr std::size_t MAXIMUM_LENGTH = 64 << 20;
 
     explicit TextScanner(ByteSource& source);
 
