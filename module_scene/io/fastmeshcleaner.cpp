@@ -4,8 +4,13 @@
 #include "module_scene/mesh/meshcleaner.h"
 #include "module_scene/mesh/vertexuserbits.h"
 
+#include <QtGlobal>
 #include <algorithm>
 #include <cstring>
+#if defined(Q_OS_LINUX)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
 
 namespace qel {
 namespace io {
@@ -202,28 +207,55 @@ void FastMeshCleaner::compactVertices()
     }
     if (!liveKnown)
         collectLiveVertices();
-    CVertexO* oldBase = mesh.vert.data();
-    remap.resize(mesh.vert.size());
-    CMeshO::VertexVector compacted;
-    compacted.reserve(live.size());
-    for (std::uint32_t place : live) {
-        remap[place] = static_cast<std::uint32_t>(compacted.size());
-        compacted.push_back(oldBase[place]);
-    }
-    CVertexO* newBase = compacted.data();
+    // Corners that will have no vertex become null while the pointers still lead somewhere.
     for (CFaceO& face : mesh.face) {
         for (int corner = 0; corner < 3; ++corner) {
             CVertexO*& vertex = face.v[corner];
-            if (face.isDeleted() || !vertex || vertex->isDeleted())
+            if (vertex && (face.isDeleted() || vertex->isDeleted()))
                 vertex = nullptr;
-            else
-                vertex = newBase + remap[static_cast<std::size_t>(vertex - oldBase)];
         }
     }
-    mesh.vert.swap(compacted);
+    CVertexO* vertices = mesh.vert.data();
+    const std::uintptr_t oldBase = reinterpret_cast<std::uintptr_t>(vertices);
+    remap.resize(mesh.vert.size());
+    std::uint32_t next = 0;
+    for (std::uint32_t place : live) {
+        remap[place] = next;
+        if (place != next)
+            vertices[next] = vertices[place];
+        ++next;
+    }
+    mesh.vert.resize(live.size());
+    releaseSpareStorage();
+    CVertexO* newBase = mesh.vert.data();
+    // On integers: the old block may be gone.
+    for (CFaceO& face : mesh.face) {
+        for (int corner = 0; corner < 3; ++corner) {
+            CVertexO*& vertex = face.v[corner];
+            if (vertex) {
+                const std::uintptr_t oldPlace = (reinterpret_cast<std::uintptr_t>(vertex) - oldBase) / sizeof(CVertexO);
+                vertex = newBase + remap[oldPlace];
+            }
+        }
+    }
     live.clear();
     liveKnown = false;
     std::vector<std::uint32_t>().swap(remap);
+}
+
+void FastMeshCleaner::releaseSpareStorage()
+{
+    CMeshO::VertexVector& vertices = mesh.vert;
+#if defined(Q_OS_LINUX)
+    // The pages behind the survivors go back to the system before the survivors move into
+    // storage of their own, so that both blocks are never resident in full at once.
+    const std::uintptr_t page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(vertices.data() + vertices.size()) + page - 1) & ~(page - 1);
+    const std::uintptr_t end = reinterpret_cast<std::uintptr_t>(vertices.data() + vertices.capacity()) & ~(page - 1);
+    if (end > begin)
+        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
+#endif
+    vertices.shrink_to_fit();
 }
 
 } // namespace scene

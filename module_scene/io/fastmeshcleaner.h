@@ -27,12 +27,14 @@ public:
     int removeDuplicateVertices();
     // Deletes live vertices that no live face uses, marked with a user bit of this thread.
     int removeUnreferencedVertices();
-    // Moves the live vertices, in their order, into storage of exactly vn entries and
-    // rewrites the corners of live faces; corners of deleted faces become null.
+    // Moves the live vertices down in their order, shrinks the storage to exactly vn entries
+    // and rewrites the corners of live faces; corners of deleted faces become null.
     void compactVertices();
 
 private:
     void collectLiveVertices();
+    // Shrinks the vertex storage to its size.
+    void releaseSpareStorage();
 
     qel::scene::CMeshO& mesh;
     // Places of the live vertices in ascending order, once known.
