@@ -148,6 +148,20 @@ TEST_F(ReadersTest, FormatsWithoutOwnReaderGoThroughAssimp)
     EXPECT_EQ(4, result.model->cm.fn);
 }
 
+TEST_F(ReadersTest, TheBundledSampleIsAClosedColouredMesh)
+{
+    Result result = load(QStringLiteral(QEL_SOURCE_DIR "/samples/sample.ply"));
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    const CMeshO& cm = result.model->cm;
+    EXPECT_EQ(3840, cm.vn);
+    EXPECT_EQ(7680, cm.fn);
+    for (std::size_t face = 0; face < cm.face.size(); ++face) {
+        for (int edge = 0; edge < 3; ++edge)
+            ASSERT_NE(&cm.face[face], cm.face.faceFaceLinks()[face].face[edge]) << "border edge on face " << face;
+    }
+    EXPECT_NE(cm.vert[0].color, cm.vert[cm.vert.size() / 2].color);
+}
+
 TEST_F(ReadersTest, MissingAndEmptyFilesAreRefused)
 {
     LogCapture log;
