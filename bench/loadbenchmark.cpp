@@ -1,0 +1,299 @@
+#include "loadbenchmark.h"
+
+#include "benchreport.h"
+#include "module_scene/io/importer.h"
+#include "module_scene/io/loader.h"
+#include "module_scene/meshmodel.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QLibrary>
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <assimp/cimport.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace {
+
+const double PI = 3.14159265358979323846;
+
+struct Options
+{
+    long long triangles = 2000000;
+    QString file;
+    QString json;
+};
+
+bool parseOptions(int argc, char** argv, Options& options)
+{
+    for (int i = 1; i < argc; ++i) {
+        const QString argument = QString::fromLocal8Bit(argv[i]);
+        if (i + 1 >= argc)
+            return false;
+        const QString value = QString::fromLocal8Bit(argv[++i]);
+        if (argument == "--triangles")
+            options.triangles = value.toLongLong();
+        else if (argument == "--file")
+            options.file = value;
+        else if (argument == "--json")
+            options.json = value;
+        else
+            return false;
+    }
+    return options.triangles >= 8;
+}
+
+double secondsSince(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// The torus grid: rings x segments quads, two triangles each, every grid point shared by six
+// triangles, so the load merges the STL's 3 corners per triangle down to rings x segments.
+class TorusWriter
+{
+public:
+    explicit TorusWriter(long long wantedTriangles)
+    {
+        rings = static_cast<int>(std::ceil(std::sqrt(wantedTriangles / 2.0)));
+        segments = static_cast<int>(wantedTriangles / (2LL * rings));
+    }
+
+    long long triangles() const { return 2LL * rings * segments; }
+    long long gridPoints() const { return static_cast<long long>(rings) * segments; }
+
+    bool write(const QString& path) const
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            return false;
+        QByteArray header("qel-bench torus", 80);
+        header.resize(80);
+        char count[4];
+        qToLittleEndian<quint32>(static_cast<quint32>(triangles()), count);
+        file.write(header);
+        file.write(count, 4);
+        QByteArray chunk;
+        for (int ring = 0; ring < rings; ++ring) {
+            for (int segment = 0; segment < segments; ++segment) {
+                const int nextRing = (ring + 1) % rings;
+                const int nextSegment = (segment + 1) % segments;
+                appendTriangle(chunk, point(ring, segment), point(nextRing, segment), point(nextRing, nextSegment));
+                appendTriangle(chunk, point(ring, segment), point(nextRing, nextSegment), point(ring, nextSegment));
+            }
+            if (chunk.size() > (4 << 20)) {
+                file.write(chunk);
+                chunk.clear();
+            }
+        }
+        file.write(chunk);
+        return file.error() == QFile::NoError;
+    }
+
+private:
+    struct Point
+    {
+        float x, y, z;
+    };
+
+    Point point(int ring, int segment) const
+    {
+        const double major = 100.0;
+        const double minor = 30.0;
+        const double u = 2.0 * PI * ring / rings;
+        const double v = 2.0 * PI * segment / segments;
+        return {static_cast<float>((major + minor * std::cos(v)) * std::cos(u)),
+                static_cast<float>((major + minor * std::cos(v)) * std::sin(u)), static_cast<float>(minor * std::sin(v))};
+    }
+
+    static void appendFloat(QByteArray& data, float value)
+    {
+        quint32 word;
+        std::memcpy(&word, &value, 4);
+        char bytes[4];
+        qToLittleEndian<quint32>(word, bytes);
+        data.append(bytes, 4);
+    }
+
+    // With its facet normal, which differs from triangle to triangle.
+    static void appendTriangle(QByteArray& data, const Point& a, const Point& b, const Point& c)
+    {
+        const float ux = b.x - a.x, uy = b.y - a.y, uz = b.z - a.z;
+        const float vx = c.x - a.x, vy = c.y - a.y, vz = c.z - a.z;
+        float nx = uy * vz - uz * vy, ny = uz * vx - ux * vz, nz = ux * vy - uy * vx;
+        const float length = std::sqrt(nx * nx + ny * ny + nz * nz);
+        if (length > 0.0f) {
+            nx /= length;
+            ny /= length;
+            nz /= length;
+        }
+        for (float value : {nx, ny, nz, a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z})
+            appendFloat(data, value);
+        data.append(2, '\0');
+    }
+
+    int rings;
+    int segments;
+};
+
+// Resident and peak resident memory of this process; the peak can be reset (Linux 4.0 on).
+long long statusBytes(const char* key)
+{
+    QFile status("/proc/self/status");
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith(key))
+            return line.mid(static_cast<int>(std::strlen(key))).trimmed().split(' ').first().toLongLong() * 1024;
+    }
+    return -1;
+}
+
+bool resetPeakMemory()
+{
+    QFile clear("/proc/self/clear_refs");
+    return clear.open(QIODevice::WriteOnly) && clear.write("5") == 1;
+}
+
+double readFloor(const QString& path)
+{
+    double best = -1.0;
+    for (int run = 0; run < 3; ++run) {
+        const auto start = std::chrono::steady_clock::now();
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            return -1.0;
+        std::vector<char> contents(static_cast<std::size_t>(file.size()));
+        if (file.read(contents.data(), file.size()) != file.size())
+            return -1.0;
+        const double seconds = secondsSince(start);
+        if (best < 0.0 || seconds < best)
+            best = seconds;
+    }
+    return best;
+}
+
+struct LoadFigures
+{
+    double seconds = -1.0;
+    long long vertices = -1;
+    long long peakBytes = -1;
+};
+
+LoadFigures loadThroughPlugin(const QString& path)
+{
+    LoadFigures figures;
+    qel::io::scene::Importer* importer = qel::io::scene::Importer::getInstance();
+    importer->refreshPlugins();
+    std::unique_ptr<qel::io::scene::Loader> loader(importer->getLoader(path));
+    if (!loader) {
+        std::fprintf(stderr, "qel-bench: no loader for STL; build the target qel_io_plugins\n");
+        return figures;
+    }
+    const long long residentBefore = statusBytes("VmRSS:");
+    const bool peakReset = resetPeakMemory();
+    const auto start = std::chrono::steady_clock::now();
+    std::unique_ptr<qel::scene::MeshModel> model(loader->loadMesh(path));
+    figures.seconds = secondsSince(start);
+    if (peakReset && residentBefore >= 0)
+        figures.peakBytes = statusBytes("VmHWM:") - residentBefore;
+    if (!model) {
+        std::fprintf(stderr, "qel-bench: %s\n", qPrintable(loader->getErrorMessage()));
+        figures.seconds = -1.0;
+        return figures;
+    }
+    figures.vertices = model->cm.vn;
+    return figures;
+}
+
+// assimp is taken at run time, as the plug-in that uses it: qel-bench runs without it.
+LoadFigures loadThroughAssimp(const QString& path)
+{
+    LoadFigures figures;
+    QLibrary library("assimp", 5);
+    auto importFile = reinterpret_cast<decltype(&aiImportFile)>(library.resolve("aiImportFile"));
+    auto releaseImport = reinterpret_cast<decltype(&aiReleaseImport)>(library.resolve("aiReleaseImport"));
+    if (!importFile || !releaseImport) {
+        std::fprintf(stderr, "qel-bench: assimp not found (%s)\n", qPrintable(library.errorString()));
+        return figures;
+    }
+    const QByteArray name = QFile::encodeName(path);
+    const auto start = std::chrono::steady_clock::now();
+    const aiScene* scene = importFile(name.constData(), aiProcess_JoinIdenticalVertices);
+    figures.seconds = secondsSince(start);
+    if (!scene) {
+        figures.seconds = -1.0;
+        return figures;
+    }
+    figures.vertices = 0;
+    for (unsigned int mesh = 0; mesh < scene->mNumMeshes; ++mesh)
+        figures.vertices += scene->mMeshes[mesh]->mNumVertices;
+    releaseImport(scene);
+    return figures;
+}
+
+void printTarget(const char* text, bool met)
+{
+    std::printf("  target: %-44s %s\n", text, met ? "met" : "MISSED");
+}
+
+} // namespace
+
+int runLoadBenchmark(int argc, char** argv)
+{
+    Options options;
+    if (!parseOptions(argc, argv, options)) {
+        std::fprintf(stderr, "usage: qel-bench load [--triangles N] [--file PATH] [--json FILE]\n");
+        return 2;
+    }
+    // Meshes die through the host services, which need an application object.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::unique_ptr<QApplication> application;
+    if (!QCoreApplication::instance())
+        application.reset(new QApplication(argc, argv));
+
+    QTemporaryDir folder;
+    const QString path = options.file.isEmpty() ? folder.filePath("torus.stl") : options.file;
+    const TorusWriter torus(options.triangles);
+    std::printf("writing %lld triangles (%lld grid points) to %s\n", torus.triangles(), torus.gridPoints(), qPrintable(path));
+    std::fflush(stdout);
+    if (!torus.write(path)) {
+        std::fprintf(stderr, "qel-bench: cannot write %s\n", qPrintable(path));
+        return 1;
+    }
+
+    const double floor = readFloor(path);
+    const LoadFigures load = loadThroughPlugin(path);
+    const LoadFigures assimp = loadThroughAssimp(path);
+    const double millions = torus.triangles() / 1e6;
+    const double peakPerMillion = load.peakBytes >= 0 ? load.peakBytes / millions : -1.0;
+
+    BenchReport report(QStringLiteral("load: binary STL, %1 triangles").arg(torus.triangles()));
+    report.add("triangles", static_cast<double>(torus.triangles()));
+    report.add("read_floor_s", floor, "s");
+    report.add("load_s", load.seconds, "s");
+    report.add("assimp_s", assimp.seconds, "s");
+    report.add("peak_bytes_per_mtri", peakPerMillion, "bytes");
+    report.add("load_vertices", static_cast<double>(load.vertices));
+    report.add("assimp_vertices", static_cast<double>(assimp.vertices));
+    report.add("load_over_read_floor", floor > 0.0 ? load.seconds / floor : -1.0, "x");
+    report.add("assimp_over_load", load.seconds > 0.0 ? assimp.seconds / load.seconds : -1.0, "x");
+    report.print();
+    printTarget("load at most 6 x the read floor", load.seconds > 0.0 && load.seconds <= 6.0 * floor);
+    printTarget("load at most a tenth of assimp", load.seconds > 0.0 && assimp.seconds >= 10.0 * load.seconds);
+    printTarget("peak at most 400 MB per million triangles", peakPerMillion >= 0.0 && peakPerMillion <= 400e6);
+    std::fflush(stdout);
+
+    qel::io::scene::Importer::getInstance()->unloadPlugins();
+    if (!options.json.isEmpty() && !report.writeJson(options.json))
+        return 1;
+    return load.seconds > 0.0 ? 0 : 1;
+}
