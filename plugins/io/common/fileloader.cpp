@@ -73,7 +73,6 @@ readers::ReadMonitor::Callback FileLoader::monitorCallback()
 
 bool FileLoader::failParse(const readers::MeshParser& parser)
 {
-    discardMesh();
     if (parser.wasStopped() || aborted)
         return fail(tr("loading was aborted"));
     return fail(parser.getError());
@@ -88,6 +87,9 @@ bool FileLoader::buildMesh(readers::RawMesh& raw)
     if (vertices > static_cast<std::size_t>(std::numeric_limits<int>::max())
         || faces > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         return fail(tr("the mesh is too large: %1 vertices and %2 triangles").arg(vertices).arg(faces));
+
+    if (aborted)
+        return fail(tr("loading was aborted"));
 
     int mask = MeshModel::NOTHING;
     if (raw.hasNormals())
@@ -140,21 +142,11 @@ bool FileLoader::buildMesh(readers::RawMesh& raw)
 
 bool FileLoader::finishMesh(int mask)
 {
-    if (aborted) {
-        discardMesh();
-        return fail(tr("loading was aborted"));
-    }
     processMesh(mask);
     // processMesh built both adjacencies; the mask says so for later updates.
     mesh->dataMask |= MeshModel::DataMaskFaceAdjacency | MeshModel::DataMaskVertexFaceAdjacency;
     mesh->busy = false;
     return true;
-}
-
-void FileLoader::discardMesh()
-{
-    delete mesh;
-    mesh = nullptr;
 }
 
 } // namespace plugins

@@ -16,7 +16,9 @@ namespace plugins {
 
 // Base of the project's own loaders: opens the file with clear messages for the usual
 // failures, hands the open file to readFile, and turns what a reader produced into a
-// cleaned MeshModel. Reading progress goes below 80 and polls the abort flag.
+// cleaned MeshModel. Reading progress goes below 80 and polls the abort flag. A mesh is
+// created only once the file has been read in full, so a failed load never has one to
+// delete (which would take a trip to the application thread).
 class FileLoader : public scene::Loader
 {
     Q_OBJECT
@@ -35,12 +37,12 @@ protected:
     readers::ReadMonitor::Callback monitorCallback();
     // Fails with the parser's reason, or as aborted when the monitor stopped it.
     bool failParse(const readers::MeshParser& parser);
-    // Creates the mesh from the arrays, which are emptied on the way to spare memory.
+    // Creates the mesh from the arrays, which are emptied on the way to spare memory. An
+    // abort up to here fails the load; no mesh is made then.
     bool buildMesh(readers::RawMesh& raw);
-    // The steps after the mesh is filled: abort check, processMesh, the adjacency bits it
-    // built, busy cleared. On failure the mesh is deleted.
+    // The steps after the mesh is filled: processMesh, the adjacency bits it built, busy
+    // cleared. The cleaning runs to its end even if the load is aborted meanwhile.
     bool finishMesh(int mask);
-    void discardMesh();
 };
 
 } // namespace plugins
