@@ -132,7 +132,8 @@ bool separates(const OrientedBox& first, const OrientedBox& second, const Vector
 
 const char* const LoadModel::CommandName = "loadmodel";
 
-bool LoadModel::m_registered = qel::scene::ModuleSceneFactory::getInstance()->registerPrimaryCommand(&LoadModel::create);
+bool LoadModel::m_registered =
+    qel::scene::ModuleSceneFactory::getInstance()->registerPrimaryCommand(&LoadModel::create);
 
 main::Command* LoadModel::create()
 {
@@ -386,7 +387,8 @@ bool LoadModel::askUserToAbort(const QString& file)
 void LoadModel::AskWorker::run()
 {
     const QMessageBox::StandardButton button =
-        QMessageBox::question(nullptr, tr("Load Model"), tr("Continue loading?\n(Look at the console for more information.)"),
+        QMessageBox::question(nullptr, tr("Load Model"),
+                              tr("Continue loading?\n(Look at the console for more information.)"),
                               QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
     answer = button == QMessageBox::No;
 }
