@@ -50,16 +50,22 @@ Viewer::Viewer() : sharedContext(new SharedContext)
 }
 
 // The scene holds a reference to itself through its observer: it ends here, not when the
-// last pointer is dropped.
+// last pointer is dropped. Its models give their GL data back through this viewer's context
+// while it ends, so the viewer stays the instance until then, and no lock is held that
+// getInstance would need.
 Viewer::~Viewer()
 {
-    QMutexLocker locker(&creationMutex());
-    if (mp_This == this)
-        mp_This = nullptr;
     if (!globalScene.isNull())
         globalScene->shutDown();
     globalScene = nullptr;
+    {
+        QMutexLocker locker(&creationMutex());
+        if (mp_This == this)
+            mp_This = nullptr;
+    }
     delete sharedContext;
+    sharedContext = nullptr;
+    glFunctions = nullptr;
     activePanel = nullptr;
     windows.clear();
 }

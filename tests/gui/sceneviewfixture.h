@@ -143,6 +143,13 @@ inline ::testing::AssertionResult colorAt(const QImage& image, int x, int y, con
 
 const QColor DefaultBackground(0x4c, 0x4c, 0x4c);
 
+// Pixels per scene unit at the given distance from the eye, for a panel of the given height
+// (the field of view is 45 degrees high).
+inline double pixelsPerUnit(int height, double distance)
+{
+    return (height / 2.0) / (distance * std::tan(M_PI / 8.0));
+}
+
 // A fresh scene per test, panels that die before it, and stored settings reset around it.
 class SceneViewTest : public ::testing::Test
 {
@@ -198,12 +205,7 @@ protected:
     // One frame, drawn now.
     static QImage render(gui::ScenePanel* panel) { return panel->grabFramebuffer(); }
 
-    // Horizontal pixels per scene unit at the given distance from the eye, for a panel of
-    // the given height (the field of view is 45 degrees high).
-    static double pixelsPerUnit(int height, double distance)
-    {
-        return (height / 2.0) / (distance * std::tan(M_PI / 8.0));
-    }
+    static double pixelsPerUnit(int height, double distance) { return test::pixelsPerUnit(height, distance); }
 
     util::ZPointer<scene::Scene> scene;
     std::vector<std::unique_ptr<gui::ScenePanel>> panels;
