@@ -103,7 +103,10 @@ private:
 
 } // namespace
 
-FastMeshCleaner::FastMeshCleaner(CMeshO& mesh) : mesh(mesh), liveKnown(false) {}
+FastMeshCleaner::FastMeshCleaner(CMeshO& mesh)
+    : mesh(mesh), liveKnown(false), cornersChecked(false), cornersOnDeleted(false)
+{
+}
 
 void FastMeshCleaner::collectLiveVertices()
 {
@@ -178,10 +181,13 @@ int FastMeshCleaner::removeUnreferencedVertices()
         if (face.isDeleted())
             continue;
         for (int corner = 0; corner < 3; ++corner) {
-            if (face.v[corner])
-                face.v[corner]->setFlag(referenced);
+            if (CVertexO* vertex = face.v[corner]) {
+                vertex->setFlag(referenced);
+                cornersOnDeleted = cornersOnDeleted || vertex->isDeleted();
+            }
         }
     }
+    cornersChecked = true;
     int removed = 0;
     std::size_t kept = 0;
     for (std::uint32_t place : live) {
@@ -208,10 +214,16 @@ void FastMeshCleaner::compactVertices()
     if (!liveKnown)
         collectLiveVertices();
     // Corners that will have no vertex become null while the pointers still lead somewhere.
+    // Live faces on deleted vertices are rare enough to be looked for only when the
+    // unreferenced step, which touched every corner anyway, found one or did not run.
+    const bool checkCorners = !cornersChecked || cornersOnDeleted;
     for (CFaceO& face : mesh.face) {
+        const bool deleted = face.isDeleted();
+        if (!deleted && !checkCorners)
+            continue;
         for (int corner = 0; corner < 3; ++corner) {
             CVertexO*& vertex = face.v[corner];
-            if (vertex && (face.isDeleted() || vertex->isDeleted()))
+            if (vertex && (deleted || vertex->isDeleted()))
                 vertex = nullptr;
         }
     }
@@ -240,6 +252,7 @@ void FastMeshCleaner::compactVertices()
     }
     live.clear();
     liveKnown = false;
+    cornersChecked = false;
     std::vector<std::uint32_t>().swap(remap);
 }
 

@@ -40,6 +40,9 @@ private:
     // Places of the live vertices in ascending order, once known.
     std::vector<std::uint32_t> live;
     bool liveKnown;
+    // Whether a live face has a corner on a deleted vertex, once the corners were seen.
+    bool cornersChecked;
+    bool cornersOnDeleted;
     // Old place to survivor, then to new place.
     std::vector<std::uint32_t> remap;
 };
