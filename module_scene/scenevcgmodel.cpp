@@ -1,7 +1,9 @@
 #include "module_scene/scenevcgmodel.h"
 
 #include "kernel/log/logger.h"
+#include "kernel/util/exception.h"
 #include "kernel/util/meminfo.h"
+#include "module_scene/mesh/meshbvh.h"
 #include "module_scene/mesh/meshrenderer.h"
 #include "module_scene/meshmodel.h"
 #include "module_scene/sceneelementfactory.h"
@@ -12,6 +14,8 @@
 #include <QWriteLocker>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -55,6 +59,94 @@ Point transformed(const SceneElement::Matrix4& m, const Point& p)
 Point cornerOf(const SceneElement::Box& box, int corner)
 {
     return Point(box.corners[corner].x(), box.corners[corner].y(), box.corners[corner].z());
+}
+
+// The one triangle test of both pick paths, so that they agree bit for bit.
+bool testFace(const SceneElement::Matrix4& complete, const CFaceO& face, const SceneVCGModel::Line& line,
+              Point corners[3], Point& hit, double& t)
+{
+    for (int corner = 0; corner < 3; ++corner)
+        corners[corner] = transformed(complete, face.v[corner]->coord);
+    return SceneVCGModel::intersectTriangle(corners[0], corners[1], corners[2], line, hit, t);
+}
+
+// Of the corners, in order, the one strictly nearest to the point replaces it.
+void snapToNearestCorner(const Point corners[3], Point& point)
+{
+    double nearest = std::numeric_limits<double>::max();
+    const Point hit = point;
+    for (int corner = 0; corner < 3; ++corner) {
+        const double cornerDistance = (corners[corner] - hit).length();
+        if (cornerDistance < nearest) {
+            nearest = cornerDistance;
+            point = corners[corner];
+        }
+    }
+}
+
+double largestMagnitude(const Point& point)
+{
+    return std::max(std::abs(point[0]), std::max(std::abs(point[1]), std::abs(point[2])));
+}
+
+bool isFinitePoint(const Point& point)
+{
+    return std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]);
+}
+
+// Maximum row sum of the upper 3 x 3 block.
+double linearNorm(const SceneElement::Matrix4& m)
+{
+    double norm = 0.0;
+    for (int row = 0; row < 3; ++row)
+        norm = std::max(norm, std::abs(m(row, 0)) + std::abs(m(row, 1)) + std::abs(m(row, 2)));
+    return norm;
+}
+
+Point affineTransformed(const SceneElement::Matrix4& m, const Point& p)
+{
+    return Point(m(0, 0) * p[0] + m(0, 1) * p[1] + m(0, 2) * p[2] + m(0, 3),
+                 m(1, 0) * p[0] + m(1, 1) * p[1] + m(1, 2) * p[2] + m(1, 3),
+                 m(2, 0) * p[0] + m(2, 1) * p[1] + m(2, 2) * p[2] + m(2, 3));
+}
+
+// A pick ray in the mesh's own frame. The margin by which the tree's boxes grow covers the
+// rounding between that frame and the world frame in which the faces are tested, with a
+// wide berth: a face the world test hits is never left out of the search.
+struct LocalRay
+{
+    Point origin;
+    Point direction;
+    double margin = 0.0;
+};
+
+// False where the tree can't be searched exactly: a projective or singular matrix, or a
+// ray that isn't finite or has no direction.
+bool toLocalRay(const SceneElement::Matrix4& complete, const SceneVCGModel::Line& line, const MeshBVH& tree,
+                LocalRay& ray)
+{
+    if (complete(3, 0) != 0.0 || complete(3, 1) != 0.0 || complete(3, 2) != 0.0 || complete(3, 3) != 1.0)
+        return false;
+    SceneElement::Matrix4 inverse;
+    try {
+        inverse = complete.getInverse();
+    } catch (const qel::Exception&) {
+        return false;
+    }
+    ray.origin = affineTransformed(inverse, line.start);
+    const Point end = affineTransformed(inverse, line.end);
+    ray.direction = end - ray.origin;
+    if (!isFinitePoint(ray.origin) || !isFinitePoint(end) || !isFinitePoint(ray.direction)
+        || largestMagnitude(ray.direction) == 0.0)
+        return false;
+    const double localScale = std::max(std::max(largestMagnitude(tree.getLower()), largestMagnitude(tree.getUpper())),
+                                       std::max(largestMagnitude(ray.origin), largestMagnitude(end)));
+    const Point translation(complete(0, 3), complete(1, 3), complete(2, 3));
+    const double worldScale = std::max(largestMagnitude(translation),
+                                       std::max(largestMagnitude(line.start), largestMagnitude(line.end)));
+    const double inverseNorm = linearNorm(inverse);
+    ray.margin = 1e-8 * (linearNorm(complete) * inverseNorm * localScale + inverseNorm * worldScale);
+    return std::isfinite(ray.margin);
 }
 
 // Whether the point lies on the inner side of the edge u-v (or on it).
@@ -161,6 +253,7 @@ void SceneVCGModel::initMeshModel()
 
     for (CVertexO& vertex : meshModel->cm.vert)
         vertex.owner = this;
+    meshChanged();
 }
 
 // ---------------------------------------------------------------------------------------
@@ -308,12 +401,16 @@ void SceneVCGModel::setRenderNormals(bool render)
     setChanged(CHANGE_PROPERTY);
 }
 
+// The lock is how other code holds off drawing while it changes the mesh: its release
+// drops the pick tree.
 void SceneVCGModel::setRenderLock(bool lock)
 {
-    if (lock)
+    if (lock) {
         renderMutex.lock();
-    else
+    } else {
         renderMutex.unlock();
+        meshChanged();
+    }
 }
 
 // ---------------------------------------------------------------------------------------
@@ -354,7 +451,7 @@ bool SceneVCGModel::intersect(const Line& line, const CFaceO** face, Point& poin
     }
     if (!boxHit)
         return false;
-    return intersectFaces(line, face, point, distance, snap);
+    return intersectFacesAccelerated(line, face, point, distance, snap);
 }
 
 bool SceneVCGModel::intersectFaces(const Line& line, const CFaceO** face, Point& point, double& distance,
@@ -371,43 +468,149 @@ bool SceneVCGModel::intersectFaces(const Line& line, const CFaceO** face, Point&
     for (const CFaceO& candidate : meshModel->cm.face) {
         if (candidate.isDeleted() || !candidate.hasCorners())
             continue;
-        const Point corners[3] = {transformed(complete, candidate.v[0]->coord),
-                                  transformed(complete, candidate.v[1]->coord),
-                                  transformed(complete, candidate.v[2]->coord)};
+        Point corners[3];
         Point hit;
-        if (intersectTriangle(corners[0], corners[1], corners[2], line, hit, distance) && distance < best) {
+        if (testFace(complete, candidate, line, corners, hit, distance) && distance < best) {
             best = distance;
             point = hit;
             kept = &candidate;
             std::copy(corners, corners + 3, keptCorners);
         }
     }
-    if (kept && snap) {
-        double nearest = std::numeric_limits<double>::max();
-        const Point hit = point;
-        for (const Point& corner : keptCorners) {
-            const double cornerDistance = (corner - hit).length();
-            if (cornerDistance < nearest) {
-                nearest = cornerDistance;
-                point = corner;
-            }
-        }
-    }
+    if (kept && snap)
+        snapToNearestCorner(keptCorners, point);
     if (face)
         *face = kept;
     return kept != nullptr;
 }
 
+// Equally near faces go to the lower place, as in the walk in storage order.
+bool SceneVCGModel::intersectFacesAccelerated(const Line& line, const CFaceO** face, Point& point,
+                                              double& distance, bool snap)
+{
+    const std::shared_ptr<const MeshBVH> tree = currentPickTree();
+    const Matrix4 complete = getCompleteTransformMatrix();
+    LocalRay ray;
+    if (!tree || !toLocalRay(complete, line, *tree, ray))
+        return intersectFaces(line, face, point, distance, snap);
+    if (face)
+        *face = nullptr;
+    const FaceVector& faces = meshModel->cm.face;
+    const CFaceO* kept = nullptr;
+    std::uint32_t keptPlace = 0;
+    Point keptCorners[3];
+    double best = std::numeric_limits<double>::max();
+    tree->traverse(ray.origin, ray.direction, ray.margin, [&](std::uint32_t place) {
+        const CFaceO& candidate = faces[place];
+        if (candidate.isDeleted() || !candidate.hasCorners())
+            return best;
+        Point corners[3];
+        Point hit;
+        double t = 0.0;
+        if (testFace(complete, candidate, line, corners, hit, t)
+            && (t < best || (kept && t == best && place < keptPlace))) {
+            best = t;
+            point = hit;
+            kept = &candidate;
+            keptPlace = place;
+            std::copy(corners, corners + 3, keptCorners);
+        }
+        return best;
+    });
+    lastPlaneCrossing(complete, line, distance);
+    if (kept && snap)
+        snapToNearestCorner(keptCorners, point);
+    if (face)
+        *face = kept;
+    return kept != nullptr;
+}
+
+// The walk in storage order leaves the parameter of its last crossing at or beyond the
+// start in `distance`: the first such face from the end of the vector. Seldom far from it,
+// as about every second plane lies ahead of a ray.
+bool SceneVCGModel::lastPlaneCrossing(const Matrix4& complete, const Line& line, double& distance) const
+{
+    const FaceVector& faces = meshModel->cm.face;
+    for (std::size_t place = faces.size(); place-- > 0;) {
+        const CFaceO& candidate = faces[place];
+        if (candidate.isDeleted() || !candidate.hasCorners())
+            continue;
+        Point normal;
+        const double parameter =
+            planeCrossing(transformed(complete, candidate.v[0]->coord), transformed(complete, candidate.v[1]->coord),
+                          transformed(complete, candidate.v[2]->coord), line, normal);
+        if (!(parameter < 0.0)) {
+            distance = parameter;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool SceneVCGModel::MeshShape::operator==(const MeshShape& other) const
+{
+    return faces == other.faces && faceCount == other.faceCount && vertices == other.vertices
+           && vertexCount == other.vertexCount && liveFaces == other.liveFaces && liveVertices == other.liveVertices
+           && boxMinimum == other.boxMinimum && boxMaximum == other.boxMaximum;
+}
+
+SceneVCGModel::MeshShape SceneVCGModel::currentMeshShape() const
+{
+    const CMeshO& mesh = meshModel->cm;
+    MeshShape shape;
+    shape.faces = mesh.face.data();
+    shape.faceCount = mesh.face.size();
+    shape.vertices = mesh.vert.data();
+    shape.vertexCount = mesh.vert.size();
+    shape.liveFaces = mesh.fn;
+    shape.liveVertices = mesh.vn;
+    shape.boxMinimum = mesh.bbox.min;
+    shape.boxMaximum = mesh.bbox.max;
+    return shape;
+}
+
+// An unusable tree is kept as well, so that it isn't built again for every pick.
+std::shared_ptr<const MeshBVH> SceneVCGModel::currentPickTree()
+{
+    if (!meshModel)
+        return nullptr;
+    QMutexLocker locker(&pickTreeMutex);
+    const MeshShape shape = currentMeshShape();
+    if (!pickTree || !(shape == pickTreeShape)) {
+        pickTree = std::make_shared<const MeshBVH>(meshModel->cm);
+        pickTreeShape = shape;
+    }
+    return pickTree->isUsable() ? pickTree : nullptr;
+}
+
+bool SceneVCGModel::preparePickTree()
+{
+    return currentPickTree() != nullptr;
+}
+
+void SceneVCGModel::meshChanged()
+{
+    QMutexLocker locker(&pickTreeMutex);
+    pickTree.reset();
+}
+
+double SceneVCGModel::planeCrossing(const Point& a, const Point& b, const Point& c, const Line& line, Point& normal)
+{
+    normal = (b - a).cross(c - a);
+    const Point unitNormal = normal.getNormalized();
+    const Point direction = line.end - line.start;
+    return (unitNormal.dot(a) - unitNormal.dot(line.start)) / unitNormal.dot(direction);
+}
+
 bool SceneVCGModel::intersectTriangle(const Point& a, const Point& b, const Point& c, const Line& line, Point& hit,
                                       double& t)
 {
-    const Point normal = (b - a).cross(c - a);
-    const Point unitNormal = normal.getNormalized();
-    const Point direction = line.end - line.start;
-    const double parameter = (unitNormal.dot(a) - unitNormal.dot(line.start)) / unitNormal.dot(direction);
+    Point normal;
+    const double parameter = planeCrossing(a, b, c, line, normal);
     if (parameter < 0.0)
         return false;
     t = parameter;
+    const Point direction = line.end - line.start;
     hit = line.start + direction * parameter;
     return insideOfEdge(a, b, hit, normal) && insideOfEdge(b, c, hit, normal) && insideOfEdge(c, a, hit, normal);
 }

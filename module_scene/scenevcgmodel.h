@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QMutex>
 #include <QReadWriteLock>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -12,6 +13,7 @@ namespace qel {
 namespace scene {
 
 class CFaceO;
+class MeshBVH;
 class MeshModel;
 
 // The scene element that shows a MeshModel: it owns the mesh, holds the model's look, keeps
@@ -107,15 +109,32 @@ public:
     // The nearest face that the ray hits, after a test against the element's box. On a miss
     // of the box nothing is written. `distance` gets the ray parameter of the last plane
     // crossing of the walk, not that of the kept face. With `snap` the point is the hit
-    // face's corner nearest to the hit.
+    // face's corner nearest to the hit. Answered through the pick tree, with exactly the
+    // results of intersectFaces.
     bool intersect(const Line& line, const CFaceO** face, Point& point, double& distance, bool snap);
     // The same without the box test: every live face of the original mesh, in storage order,
     // the first of equally near faces winning. The reference for faster searches.
     bool intersectFaces(const Line& line, const CFaceO** face, Point& point, double& distance, bool snap) const;
+    // intersectFaces through the pick tree: only faces whose boxes the ray meets are tested,
+    // and the last plane crossing is found by walking back from the end of the face vector.
+    // Falls back to the full walk where the tree can't answer exactly (no usable tree, a
+    // projective or singular matrix, a ray that isn't finite).
+    bool intersectFacesAccelerated(const Line& line, const CFaceO** face, Point& point, double& distance,
+                                   bool snap);
+    // Builds the pick tree of the original mesh now unless a current one exists (the first
+    // pick does it otherwise). False when the mesh can't have one.
+    bool preparePickTree();
+    // Drops the pick tree; the next pick builds a new one. Code that moves vertices or
+    // replaces faces in place calls this (or holds the render lock meanwhile: releasing it
+    // drops the tree). Changes of the storage, the counts or the mesh box are noticed anyway.
+    void meshChanged();
     // The ray against one triangle. t is written for any crossing at or beyond the start,
     // whether inside the triangle or not; a point on an edge is inside.
     static bool intersectTriangle(const Point& a, const Point& b, const Point& c, const Line& line, Point& hit,
                                   double& t);
+    // The ray parameter where the line crosses the triangle's plane (not finite for a
+    // parallel line or a degenerate triangle); normal gets the raw normal (b - a) x (c - a).
+    static double planeCrossing(const Point& a, const Point& b, const Point& c, const Line& line, Point& normal);
 
     // Logs the memory a model of this size needs, and touches that much once to see whether
     // it can be had.
@@ -154,6 +173,25 @@ private:
     void drawMesh();
     void glDrawSelectedFaces();
 
+    // What the pick tree was built from: a change of any of these needs a new tree.
+    struct MeshShape
+    {
+        const void* faces = nullptr;
+        std::size_t faceCount = 0;
+        const void* vertices = nullptr;
+        std::size_t vertexCount = 0;
+        int liveFaces = 0;
+        int liveVertices = 0;
+        Point boxMinimum;
+        Point boxMaximum;
+
+        bool operator==(const MeshShape& other) const;
+    };
+
+    MeshShape currentMeshShape() const;
+    std::shared_ptr<const MeshBVH> currentPickTree();
+    bool lastPlaneCrossing(const Matrix4& complete, const Line& line, double& distance) const;
+
     void changeFaceSelection(const std::vector<unsigned int>& faces, FaceListChange change, long line,
                              const char* function);
     bool placeOf(const CFaceO* face, std::size_t& place) const;
@@ -169,6 +207,10 @@ private:
     QMutex renderMutex;
     QReadWriteLock selectionLock;
     FaceSet selectedFaces;
+    // Guards the two below; a pick copies the tree pointer and searches without the lock.
+    QMutex pickTreeMutex;
+    std::shared_ptr<const MeshBVH> pickTree;
+    MeshShape pickTreeShape;
 };
 
 } // namespace scene
