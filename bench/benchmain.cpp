@@ -1,7 +1,9 @@
 // qel-bench: one executable, one sub-command per benchmark.
 //   qel-bench micro [Google Benchmark flags]   small kernels (events, pointers, parsing)
+//   qel-bench render [--triangles N] [--frames N] [--json FILE]   drawing a large model
 // Each sub-command prints a table; those that take --json FILE also write their figures there.
 #include "microbenchmarks.h"
+#include "renderbenchmark.h"
 
 #include <cstdio>
 #include <cstring>
@@ -17,6 +19,7 @@ const std::map<std::string, SubCommand>& subCommands()
 {
     static const std::map<std::string, SubCommand> commands = {
         {"micro", runMicroBenchmarks},
+        {"render", runRenderBenchmark},
     };
     return commands;
 }
