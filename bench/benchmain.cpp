@@ -1,7 +1,9 @@
 // qel-bench: one executable, one sub-command per benchmark.
+//   qel-bench load [--triangles N] [--file PATH] [--json FILE]   loading a large binary STL
 //   qel-bench micro [Google Benchmark flags]   small kernels (events, pointers, parsing)
 //   qel-bench render [--triangles N] [--frames N] [--json FILE]   drawing a large model
 // Each sub-command prints a table; those that take --json FILE also write their figures there.
+#include "loadbenchmark.h"
 #include "microbenchmarks.h"
 #include "renderbenchmark.h"
 
@@ -18,6 +20,7 @@ typedef std::function<int(int, char**)> SubCommand;
 const std::map<std::string, SubCommand>& subCommands()
 {
     static const std::map<std::string, SubCommand> commands = {
+        {"load", runLoadBenchmark},
         {"micro", runMicroBenchmarks},
         {"render", runRenderBenchmark},
     };

@@ -1,6 +1,7 @@
 #include "module_scene/modulescene.h"
 
 #include "kernel/events/eventhandler.h"
+#include "module_scene/io/importer.h"
 #include "module_scene/undoguard.h"
 
 namespace qel {
@@ -19,6 +20,7 @@ ModuleScene::~ModuleScene()
     events::EventHandler::getInstance()->unregisterEventTypes("Scene");
     // The scene history, once attached, is deleted here, before the undo guard.
     delete undoGuard;
+    delete io::scene::Importer::getInstance();
 }
 
 bool ModuleScene::isGUIModule()
@@ -29,6 +31,7 @@ bool ModuleScene::isGUIModule()
 void ModuleScene::load(StatusFunction status)
 {
     status("Loading input plugins");
+    io::scene::Importer::getInstance()->refreshPlugins();
     status.clear();
 }
 

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Builds qel and runs the bundled sample script offscreen, saving the picture to demo.png
-# where the loaded modules can render the scene.
+# Builds qel and runs the bundled sample: in a window when a display is at hand, otherwise
+# offscreen, saving the picture to demo.png.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 BUILD_DIR=build tools/build.sh -DQEL_BUILD_TESTS=OFF -DQEL_BUILD_BENCH=OFF
-build/bin/qel --offscreen --list-commands
-build/bin/qel --offscreen --run samples/demo.qel --dump-scene demo.json --screenshot demo.png \
-  && echo "saved demo.png" || echo "(the scene could not be rendered yet: see the message above)"
+if [ -n "${DISPLAY:-}" ] && [ -z "${CI:-}" ] && [ "${QEL_DEMO_OFFSCREEN:-0}" != "1" ]; then
+  exec build/bin/qel --run samples/demo.qel
+fi
+build/bin/qel --offscreen --run samples/demo.qel --size 800x600 --screenshot demo.png --dump-scene demo.json
+echo "saved demo.png (and the scene as demo.json)"
