@@ -107,7 +107,7 @@ void ClippingPlane::draw()
 void ClippingPlane::drawGL()
 {
     if (planeNumber < 0) {
-        log::Logger::log(2000, LogFile, 121, "qel::scene::ClippingPlane::drawGL", nullptr, "Plane number not set!");
+        log::Logger::log(2000, LogFile, 110, "qel::scene::ClippingPlane::drawGL", nullptr, "Plane number not set!");
         return;
     }
     if (m_isVisible)
@@ -196,7 +196,7 @@ void ClippingPlane::glDrawCap(SceneVCGModel* model)
     QColor color = model->getClippingColor();
     if (!color.isValid()) {
         color = QColor(255, 0, 0);
-        log::Logger::log(2000, LogFile, 205, "qel::scene::ClippingPlane::glDrawClippedPlane", nullptr,
+        log::Logger::log(2000, LogFile, 199, "qel::scene::ClippingPlane::glDrawClippedPlane", nullptr,
                          "Invalid clipping color of model %s", model->getName().toLocal8Bit().constData());
     }
     glColor3f(static_cast<GLfloat>(color.redF()), static_cast<GLfloat>(color.greenF()),
