@@ -6,7 +6,26 @@
 #include "kernel/log/logger.h"
 
 #include <QApplication>
+#include <QDir>
 #include <cstdio>
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// Without a session (CI, a plain ssh login) Qt complains at every start; a private
+// runtime folder, as a session would give, keeps the output to what the user asked for.
+void ensureRuntimeDirectory()
+{
+    if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        return;
+    const QByteArray folder = QDir::tempPath().toLocal8Bit() + "/qel-runtime-" + QByteArray::number(getuid());
+    if (::mkdir(folder.constData(), 0700) == 0 || errno == EEXIST)
+        qputenv("XDG_RUNTIME_DIR", folder);
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
@@ -26,6 +45,7 @@ int main(int argc, char** argv)
     if (options.logLevelGiven)
         qel::log::Logger::setStderrLevel(options.logLevel);
 
+    ensureRuntimeDirectory();
     // OpenGL needs an X display even when no window is shown.
     XvfbLauncher xvfb;
     if (!xvfb.ensureDisplay(&error)) {

@@ -187,23 +187,32 @@ void ModuleManager::unregisterCommands(Module* module)
 
 void ModuleManager::unloadModules()
 {
-    std::vector<LoadedModule> modules;
     {
         QMutexLocker locker(&mutex);
-        modules.swap(loadedModules);
+        if (loadedModules.empty())
+            return;
     }
-    if (modules.empty())
-        return;
     // The menus hold the actions of the commands that are about to go.
     Overseer* overseer = Overseer::getInstance();
     if (overseer->hasMainWindow())
         overseer->getMenuAndToolbarManager()->clear();
-    for (auto loaded = modules.rbegin(); loaded != modules.rend(); ++loaded)
-        shutDown(*loaded);
+    // Last loaded goes first; a module stays findable while it is destroyed, since its
+    // companions look it up on their way out.
+    for (;;) {
+        LoadedModule loaded;
+        {
+            QMutexLocker locker(&mutex);
+            if (loadedModules.empty())
+                break;
+            loaded = loadedModules.back();
+        }
+        shutDown(loaded);
+    }
     refreshMenus();
 }
 
-void ModuleManager::shutDown(const LoadedModule& loaded)
+// `loaded` is the last entry of the list; it leaves the list once its module is gone.
+void ModuleManager::shutDown(const LoadedModule loaded)
 {
     try {
         loaded.module->doShutdownActions();
@@ -214,6 +223,10 @@ void ModuleManager::shutDown(const LoadedModule& loaded)
     }
     unregisterCommands(loaded.module);
     delete loaded.module;
+    {
+        QMutexLocker locker(&mutex);
+        loadedModules.pop_back();
+    }
     if (!loaded.library)
         return;
     if (auto recycle = reinterpret_cast<RecycleFactoryFunction>(loaded.library->resolve("recycleFactory")))

@@ -54,7 +54,7 @@ private:
     bool isKnownFactory(const ModuleFactory* factory) const;
     void registerCommands(ModuleFactory* factory, Module* module);
     void unregisterCommands(Module* module);
-    void shutDown(const LoadedModule& loaded);
+    void shutDown(const LoadedModule loaded);
     void refreshMenus();
 
     mutable QMutex mutex;
