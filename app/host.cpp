@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QLibrary>
 #include <QMainWindow>
@@ -107,12 +108,24 @@ void Host::printCommands() const
 bool Host::runScripts()
 {
     ScriptRunner runner(Overseer::getInstance()->getCommandProcessor());
-    bool ok = runner.runLines(options.commands, QStringLiteral("--exec"));
+    bool ok = runner.runLines(openFilesCommands(), QStringLiteral("command line"));
+    if (ok)
+        ok = runner.runLines(options.commands, QStringLiteral("--exec"));
     if (ok && !options.runFile.isEmpty())
         ok = runner.runFile(options.runFile);
     if (!ok)
         printLine(stderr, QStringLiteral("qel: %1").arg(runner.lastError()));
     return ok;
+}
+
+// Files named on the command line are loaded as the file dialog loads them: one
+// loadmodel each, placed clear of the models before it.
+QStringList Host::openFilesCommands() const
+{
+    QStringList commands;
+    for (const QString& file : options.files)
+        commands << QStringLiteral("loadmodel(%1,0,inplace)").arg(QFileInfo(file).absoluteFilePath());
+    return commands;
 }
 
 qel::main::SceneService* Host::sceneService() const

@@ -22,6 +22,7 @@ private:
     void loadModules();
     void printCommands() const;
     bool runScripts();
+    QStringList openFilesCommands() const;
     bool saveScreenshot();
     bool printSceneDump();
     int runWindow();

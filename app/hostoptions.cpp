@@ -29,6 +29,8 @@ bool HostOptions::parse(const QStringList& arguments, QString* error)
                                                   "2000 warnings, 3000 information, 4000 debugging)."),
                                    QStringLiteral("N"));
     parser.addOptions({help, run, exec, screenshot, size, offscreenOption, list, dump, level});
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Mesh files to open at start."),
+                                 QStringLiteral("[FILE...]"));
 
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
@@ -39,10 +41,7 @@ bool HostOptions::parse(const QStringList& arguments, QString* error)
         helpText = parser.helpText();
         return true;
     }
-    if (!parser.positionalArguments().isEmpty()) {
-        *error = QStringLiteral("Unexpected argument '%1'").arg(parser.positionalArguments().first());
-        return false;
-    }
+    files = parser.positionalArguments();
     runFile = parser.value(run);
     commands = parser.values(exec);
     screenshotFile = parser.value(screenshot);

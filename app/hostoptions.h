@@ -15,6 +15,7 @@ struct HostOptions
     bool logLevelGiven = false;
     unsigned int logLevel = 2000;
     QStringList commands; // given with --exec, run before --run
+    QStringList files;    // mesh files to open at start
 
     // True when no window is wanted: the host works and quits.
     bool isBatch() const { return offscreen || listCommands || !dumpFile.isEmpty() || !screenshotFile.isEmpty(); }

@@ -88,3 +88,17 @@ TEST(Host, StartsItsOwnXServerWhenNoDisplayIsReachable)
     EXPECT_EQ(0, result.exitCode) << result.err.toStdString();
     EXPECT_TRUE(result.out.contains(QStringLiteral("undo")));
 }
+
+TEST(Host, OpensTheMeshFilesNamedOnTheCommandLine)
+{
+    const QString sample = QStringLiteral(QEL_SOURCE_DIR "/samples/sample.ply");
+    const HostRun result = runHost({QStringLiteral("--offscreen"), sample, sample, QStringLiteral("--dump-scene"),
+                                    QStringLiteral("-")});
+    ASSERT_EQ(0, result.exitCode) << result.err.toStdString();
+    // Two models: the second gets a free name.
+    EXPECT_TRUE(result.out.contains(QStringLiteral("\"name\": \"sample\""))) << result.out.toStdString();
+    EXPECT_TRUE(result.out.contains(QStringLiteral("\"name\": \"sample_1\""))) << result.out.toStdString();
+
+    const HostRun missing = runHost({QStringLiteral("--offscreen"), QStringLiteral("/nonexistent/model.stl")});
+    EXPECT_TRUE(missing.err.contains(QStringLiteral("/nonexistent/model.stl"))) << missing.err.toStdString();
+}
