@@ -1,10 +1,12 @@
 // qel-bench: one executable, one sub-command per benchmark.
 //   qel-bench load [--triangles N] [--file PATH] [--json FILE]   loading a large binary STL
 //   qel-bench micro [Google Benchmark flags]   small kernels (events, pointers, parsing)
+//   qel-bench pick [--triangles N] [--rays N] [--json FILE]   ray picks on a large model
 //   qel-bench render [--triangles N] [--frames N] [--json FILE]   drawing a large model
 // Each sub-command prints a table; those that take --json FILE also write their figures there.
 #include "loadbenchmark.h"
 #include "microbenchmarks.h"
+#include "pickbenchmark.h"
 #include "renderbenchmark.h"
 
 #include <cstdio>
@@ -22,6 +24,7 @@ const std::map<std::string, SubCommand>& subCommands()
     static const std::map<std::string, SubCommand> commands = {
         {"load", runLoadBenchmark},
         {"micro", runMicroBenchmarks},
+        {"pick", runPickBenchmark},
         {"render", runRenderBenchmark},
     };
     return commands;

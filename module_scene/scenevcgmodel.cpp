@@ -4,6 +4,7 @@
 #include "kernel/util/exception.h"
 #include "kernel/util/meminfo.h"
 #include "module_scene/mesh/meshbvh.h"
+#include "module_scene/mesh/meshcrossingblocks.h"
 #include "module_scene/mesh/meshrenderer.h"
 #include "module_scene/meshmodel.h"
 #include "module_scene/sceneelementfactory.h"
@@ -33,6 +34,18 @@ typedef SceneVCGModel::Point Point;
 typedef math::NumericTraits<double> Traits;
 
 const char* const LogFile = "module_scene/scenevcgmodel";
+
+} // namespace
+
+struct SceneVCGModel::PickIndex
+{
+    explicit PickIndex(const CMeshO& mesh) : tree(mesh), crossings(mesh) {}
+
+    MeshBVH tree;
+    MeshCrossingBlocks crossings;
+};
+
+namespace {
 
 const SceneElementFactory::Register registration(SceneVCGModel::TypeName, &SceneVCGModel::createElement);
 
@@ -488,10 +501,10 @@ bool SceneVCGModel::intersectFaces(const Line& line, const CFaceO** face, Point&
 bool SceneVCGModel::intersectFacesAccelerated(const Line& line, const CFaceO** face, Point& point,
                                               double& distance, bool snap)
 {
-    const std::shared_ptr<const MeshBVH> tree = currentPickTree();
+    const std::shared_ptr<const PickIndex> index = currentPickIndex();
     const Matrix4 complete = getCompleteTransformMatrix();
     LocalRay ray;
-    if (!tree || !toLocalRay(complete, line, *tree, ray))
+    if (!index || !toLocalRay(complete, line, index->tree, ray))
         return intersectFaces(line, face, point, distance, snap);
     if (face)
         *face = nullptr;
@@ -500,7 +513,7 @@ bool SceneVCGModel::intersectFacesAccelerated(const Line& line, const CFaceO** f
     std::uint32_t keptPlace = 0;
     Point keptCorners[3];
     double best = std::numeric_limits<double>::max();
-    tree->traverse(ray.origin, ray.direction, ray.margin, [&](std::uint32_t place) {
+    index->tree.traverse(ray.origin, ray.direction, ray.margin, [&](std::uint32_t place) {
         const CFaceO& candidate = faces[place];
         if (candidate.isDeleted() || !candidate.hasCorners())
             return best;
@@ -517,7 +530,7 @@ bool SceneVCGModel::intersectFacesAccelerated(const Line& line, const CFaceO** f
         }
         return best;
     });
-    lastPlaneCrossing(complete, line, distance);
+    lastPlaneCrossing(*index, complete, line, distance);
     if (kept && snap)
         snapToNearestCorner(keptCorners, point);
     if (face)
@@ -526,25 +539,24 @@ bool SceneVCGModel::intersectFacesAccelerated(const Line& line, const CFaceO** f
 }
 
 // The walk in storage order leaves the parameter of its last crossing at or beyond the
-// start in `distance`: the first such face from the end of the vector. Seldom far from it,
-// as about every second plane lies ahead of a ray.
-bool SceneVCGModel::lastPlaneCrossing(const Matrix4& complete, const Line& line, double& distance) const
+// start in `distance`: that of the first such face from the end of the vector.
+bool SceneVCGModel::lastPlaneCrossing(const PickIndex& index, const Matrix4& complete, const Line& line,
+                                      double& distance) const
 {
     const FaceVector& faces = meshModel->cm.face;
-    for (std::size_t place = faces.size(); place-- > 0;) {
+    return index.crossings.findLast(complete, line.start, line.end - line.start, [&](std::size_t place) {
         const CFaceO& candidate = faces[place];
         if (candidate.isDeleted() || !candidate.hasCorners())
-            continue;
+            return false;
         Point normal;
         const double parameter =
             planeCrossing(transformed(complete, candidate.v[0]->coord), transformed(complete, candidate.v[1]->coord),
                           transformed(complete, candidate.v[2]->coord), line, normal);
-        if (!(parameter < 0.0)) {
-            distance = parameter;
-            return true;
-        }
-    }
-    return false;
+        if (parameter < 0.0)
+            return false;
+        distance = parameter;
+        return true;
+    });
 }
 
 bool SceneVCGModel::MeshShape::operator==(const MeshShape& other) const
@@ -570,28 +582,28 @@ SceneVCGModel::MeshShape SceneVCGModel::currentMeshShape() const
 }
 
 // An unusable tree is kept as well, so that it isn't built again for every pick.
-std::shared_ptr<const MeshBVH> SceneVCGModel::currentPickTree()
+std::shared_ptr<const SceneVCGModel::PickIndex> SceneVCGModel::currentPickIndex()
 {
     if (!meshModel)
         return nullptr;
     QMutexLocker locker(&pickTreeMutex);
     const MeshShape shape = currentMeshShape();
-    if (!pickTree || !(shape == pickTreeShape)) {
-        pickTree = std::make_shared<const MeshBVH>(meshModel->cm);
-        pickTreeShape = shape;
+    if (!pickIndex || !(shape == pickIndexShape)) {
+        pickIndex = std::make_shared<const PickIndex>(meshModel->cm);
+        pickIndexShape = shape;
     }
-    return pickTree->isUsable() ? pickTree : nullptr;
+    return pickIndex->tree.isUsable() ? pickIndex : nullptr;
 }
 
 bool SceneVCGModel::preparePickTree()
 {
-    return currentPickTree() != nullptr;
+    return currentPickIndex() != nullptr;
 }
 
 void SceneVCGModel::meshChanged()
 {
     QMutexLocker locker(&pickTreeMutex);
-    pickTree.reset();
+    pickIndex.reset();
 }
 
 double SceneVCGModel::planeCrossing(const Point& a, const Point& b, const Point& c, const Line& line, Point& normal)

@@ -13,7 +13,6 @@ namespace qel {
 namespace scene {
 
 class CFaceO;
-class MeshBVH;
 class MeshModel;
 
 // The scene element that shows a MeshModel: it owns the mesh, holds the model's look, keeps
@@ -116,9 +115,10 @@ public:
     // the first of equally near faces winning. The reference for faster searches.
     bool intersectFaces(const Line& line, const CFaceO** face, Point& point, double& distance, bool snap) const;
     // intersectFaces through the pick tree: only faces whose boxes the ray meets are tested,
-    // and the last plane crossing is found by walking back from the end of the face vector.
-    // Falls back to the full walk where the tree can't answer exactly (no usable tree, a
-    // projective or singular matrix, a ray that isn't finite).
+    // and the last plane crossing is found walking back from the end of the face vector past
+    // blocks of faces that lie behind the ray. Falls back to the full walk where the tree
+    // can't answer exactly (no usable tree, a projective or singular matrix, a ray that isn't
+    // finite).
     bool intersectFacesAccelerated(const Line& line, const CFaceO** face, Point& point, double& distance,
                                    bool snap);
     // Builds the pick tree of the original mesh now unless a current one exists (the first
@@ -188,9 +188,12 @@ private:
         bool operator==(const MeshShape& other) const;
     };
 
+    // The pick tree with the blocks for the last plane crossing, built together.
+    struct PickIndex;
+
     MeshShape currentMeshShape() const;
-    std::shared_ptr<const MeshBVH> currentPickTree();
-    bool lastPlaneCrossing(const Matrix4& complete, const Line& line, double& distance) const;
+    std::shared_ptr<const PickIndex> currentPickIndex();
+    bool lastPlaneCrossing(const PickIndex& index, const Matrix4& complete, const Line& line, double& distance) const;
 
     void changeFaceSelection(const std::vector<unsigned int>& faces, FaceListChange change, long line,
                              const char* function);
@@ -207,10 +210,10 @@ private:
     QMutex renderMutex;
     QReadWriteLock selectionLock;
     FaceSet selectedFaces;
-    // Guards the two below; a pick copies the tree pointer and searches without the lock.
+    // Guards the two below; a pick copies the index pointer and searches without the lock.
     QMutex pickTreeMutex;
-    std::shared_ptr<const MeshBVH> pickTree;
-    MeshShape pickTreeShape;
+    std::shared_ptr<const PickIndex> pickIndex;
+    MeshShape pickIndexShape;
 };
 
 } // namespace scene

@@ -6,6 +6,7 @@
 #include "module_scene/mesh/meshallocator.h"
 #include "module_scene/mesh/meshbounds.h"
 #include "module_scene/mesh/meshbvh.h"
+#include "module_scene/mesh/meshcrossingblocks.h"
 #include "module_scene/mesh/meshnormals.h"
 #include "module_scene/mesh/meshtopology.h"
 #include "module_scene/mesh/meshtransform.h"
@@ -27,6 +28,7 @@ namespace {
 using scene::CFaceO;
 using scene::CMeshO;
 using scene::MeshBVH;
+using scene::MeshCrossingBlocks;
 using scene::MeshModel;
 using scene::SceneVCGModel;
 typedef util::ZPointer<SceneVCGModel> ModelPointer;
@@ -325,6 +327,66 @@ TEST(MeshBVH, StaysShallowOnDegenerateInputAndRefusesCoordinatesThatAreNotFinite
     EXPECT_FALSE(MeshBVH(broken).isUsable());
 }
 
+TEST(MeshCrossingBlocks, LeaveOutOnlyFacesWhosePlanesLieBehindTheRay)
+{
+    CMeshO mesh;
+    buildSphere(mesh, 256, 192);
+    const MeshCrossingBlocks blocks(mesh);
+    EXPECT_EQ(mesh.face.size(), blocks.getFaceCount());
+    EXPECT_EQ(4u, blocks.getLevelCount());
+
+    // The plane test of the caller, in a frame that places the mesh by m.
+    auto crossesAhead = [&mesh](const Matrix4& m, const Line& line, std::size_t place) {
+        const CFaceO& face = mesh.face[place];
+        Point normal;
+        return !(SceneVCGModel::planeCrossing(worldOf(m, face.v[0]->coord), worldOf(m, face.v[1]->coord),
+                                              worldOf(m, face.v[2]->coord), line, normal)
+                 < 0.0);
+    };
+    Matrix4 stretched = Matrix4::identity();
+    stretched(0, 0) = 3.0;
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    for (const Matrix4& placement : {Matrix4::identity(), turnedAndMoved(), stretched}) {
+        const Point centre = worldOf(placement, Point());
+        std::size_t walked = 0;
+        std::size_t offered = 0;
+        for (int i = 0; i < 600; ++i) {
+            // Random rays, and rays rising beside the sphere: those leave the planes of the
+            // south cap, stored last, behind them.
+            const Point start = centre + Point(unit(random), unit(random), unit(random) / 8.0) * 4.0;
+            const Point end = i % 3 == 0   ? centre + Point(unit(random), unit(random), unit(random)) * 0.5
+                              : i % 3 == 1 ? start + Point(unit(random), unit(random), unit(random))
+                                           : start + Point(unit(random) / 4.0, unit(random) / 4.0, 1.0);
+            const Line line{start, end};
+            std::size_t expected = mesh.face.size();
+            for (std::size_t place = mesh.face.size(); place-- > 0;) {
+                ++walked;
+                if (crossesAhead(placement, line, place)) {
+                    expected = place;
+                    break;
+                }
+            }
+            std::size_t found = mesh.face.size();
+            const bool any = blocks.findLast(placement, line.start, line.end - line.start, [&](std::size_t place) {
+                ++offered;
+                if (!crossesAhead(placement, line, place))
+                    return false;
+                found = place;
+                return true;
+            });
+            EXPECT_EQ(expected != mesh.face.size(), any);
+            EXPECT_EQ(expected, found) << describe(line);
+        }
+        // Where the placement turns and scales alike the blocks save work; a stretch leaves
+        // every face to the caller.
+        if (placement == stretched)
+            EXPECT_EQ(walked, offered);
+        else
+            EXPECT_LT(offered * 2, walked);
+    }
+}
+
 TEST(MeshBVH, ModelPicksThroughTheTreeEqualTheWalkOverAllFaces)
 {
     std::mt19937 random(2024);
@@ -339,6 +401,11 @@ TEST(MeshBVH, ModelPicksThroughTheTreeEqualTheWalkOverAllFaces)
         model->setTransformMatrix(turnedAndMoved());
         model->setScalingFactor(2.5);
         expectSameAnswers(model.get(), raysFor(model.get(), 600, random));
+
+        Matrix4 stretched = turnedAndMoved();
+        stretched(2, 2) = 0.25;
+        model->setTransformMatrix(stretched);
+        expectSameAnswers(model.get(), raysFor(model.get(), 300, random));
 
         // Deleted faces are skipped without a new tree.
         for (std::size_t place = 0; place < model->getMeshModel()->cm.face.size(); place += 3)
