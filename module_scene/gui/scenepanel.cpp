@@ -2,13 +2,21 @@
 
 #include "kernel/main/eventmanager.h"
 #include "kernel/main/overseer.h"
+#include "kernel/log/logger.h"
+#include "kernel/main/command.h"
+#include "kernel/main/commandprocessor.h"
+#include "module_scene/commands/transform.h"
 #include "module_scene/gui/viewer.h"
+#include "module_scene/meshmodel.h"
 #include "module_scene/scene.h"
 #include "module_scene/scenedrawer.h"
 #include "module_scene/sceneelement.h"
 #include "module_scene/sceneevents.h"
+#include "module_scene/scenevcgmodel.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QMutex>
 #include <QMutexLocker>
@@ -20,6 +28,7 @@
 #include <GL/glu.h>
 #include <boost/bind/bind.hpp>
 #include <cmath>
+#include <limits>
 
 namespace qel {
 namespace gui {
@@ -316,8 +325,9 @@ void ScenePanel::loadFrom(QXmlStreamReader* reader)
 }
 
 // ---------------------------------------------------------------------------------------
-// Camera gestures. Element moves with Shift and picking with a plain click are not handled
-// here: with Shift held on a focused element the camera stays still.
+// Gestures. Without Shift they move the camera; with Shift on a focused element they add
+// pending transforms to it, expressed in screen terms and carried into the world through the
+// camera (conjugated). Releasing Shift turns the whole move into one command.
 
 void ScenePanel::mousePressEvent(QMouseEvent* event)
 {
@@ -329,13 +339,8 @@ void ScenePanel::mousePressEvent(QMouseEvent* event)
         pressX = mouseX;
         pressY = mouseY;
     }
+    startElementTransform(event->modifiers());
     modifiers = static_cast<int>(event->modifiers());
-    event->accept();
-}
-
-void ScenePanel::mouseReleaseEvent(QMouseEvent* event)
-{
-    buttons = static_cast<int>(event->buttons());
     event->accept();
 }
 
@@ -353,32 +358,181 @@ void ScenePanel::mouseMoveEvent(QMouseEvent* event)
         return;
     }
     event->accept();
-    if (hasFocusElement && focusElement && shift)
+    const bool elementCase = isElementCase(event->modifiers());
+    if (elementCase && scene->isTransformLocked())
         return;
+    const bool alt = event->modifiers() & Qt::AltModifier;
     const Qt::MouseButtons pressed = event->buttons();
     if (pressed == Qt::RightButton) {
-        rotateView(dx, dy, event->modifiers() & Qt::ControlModifier, rightSpeed);
+        const math::Quaternion<double> step =
+            rotationStep(dx, dy, event->modifiers() & Qt::ControlModifier, rightSpeed);
+        if (elementCase)
+            rotateElement(step, alt);
+        else
+            rotateView(step);
     } else if (pressed == Qt::MiddleButton) {
+        if (elementCase) {
+            panElement(alt);
+            return;
+        }
         view[12] += dx * 3.0 * midSpeed / 100.0;
         view[13] -= dy * 3.0 * midSpeed / 100.0;
         update();
     } else if (pressed == (Qt::LeftButton | Qt::RightButton)) {
-        zoomBy(-(leftRightSpeed * 0.005 / 100.0) * dy);
+        if (elementCase)
+            zoomElement(alt);
+        else
+            zoomBy(-(leftRightSpeed * 0.005 / 100.0) * dy);
     }
 }
 
 void ScenePanel::wheelEvent(QWheelEvent* event)
 {
+    startElementTransform(event->modifiers());
     modifiers = static_cast<int>(event->modifiers());
     event->accept();
-    if (hasFocusElement && focusElement && (event->modifiers() & Qt::ShiftModifier))
+    const int delta = event->angleDelta().y();
+    if (!isElementCase(event->modifiers())) {
+        zoomBy((wheelSpeed * 0.0006 / 100.0) * delta);
         return;
-    zoomBy((wheelSpeed * 0.0006 / 100.0) * event->angleDelta().y());
+    }
+    if (scene->isTransformLocked())
+        return;
+    wheelElement(delta, event->modifiers() & Qt::AltModifier);
 }
 
 void ScenePanel::keyReleaseEvent(QKeyEvent* event)
 {
-    QWidget::keyReleaseEvent(event);
+    if (event->key() != Qt::Key_Shift) {
+        QWidget::keyReleaseEvent(event);
+        return;
+    }
+    if (focusElement && (modifiers & Qt::ShiftModifier) && !scene.isNull() && !scene->isTransformLocked()) {
+        event->accept();
+        commitElementTransform();
+    }
+}
+
+void ScenePanel::mouseReleaseEvent(QMouseEvent* event)
+{
+    buttons = static_cast<int>(event->buttons());
+    event->accept();
+    if (event->pos().x() != pressX || event->pos().y() != pressY || event->button() != Qt::LeftButton
+        || scene.isNull())
+        return;
+    const QString command = pickCommandString();
+    if (!command.isEmpty())
+        main::Overseer::getInstance()->executeCommand(command, main::Command::EXECUTE_SYNCHRONOUS, true);
+    update();
+}
+
+bool ScenePanel::isElementCase(Qt::KeyboardModifiers eventModifiers) const
+{
+    return hasFocusElement && focusElement && (eventModifiers & Qt::ShiftModifier) && !scene.isNull();
+}
+
+void ScenePanel::startElementTransform(Qt::KeyboardModifiers eventModifiers)
+{
+    if (!focusElement || scene.isNull() || !(eventModifiers & Qt::ShiftModifier) || scene->isTransformLocked()
+        || (modifiers & Qt::ShiftModifier))
+        return;
+    focusElement->transformStart(true);
+    grabKeyboard();
+}
+
+void ScenePanel::commitElementTransform()
+{
+    focusElement->transformFinish(nullptr);
+    modifiers &= ~static_cast<int>(Qt::ShiftModifier);
+    releaseKeyboard();
+    main::Command* command = commands::scene::Transform::getTransformCommand(focusElement);
+    main::Overseer::getInstance()->getCommandProcessor()->processCommand(command, command->getExecutionMode(), true);
+}
+
+ScenePanel::Matrix4 ScenePanel::conjugated(const Matrix4& matrix) const
+{
+    return view.getInverse() * matrix * view;
+}
+
+void ScenePanel::moveOriginOnly(const Matrix4& origin)
+{
+    Matrix4 geometry = Matrix4::identity();
+    for (int index = 12; index < 15; ++index)
+        geometry[index] = -origin[index];
+    *focusElement *= conjugated(origin);
+    update();
+    *focusElement += conjugated(geometry);
+}
+
+void ScenePanel::zoomElement(bool alt)
+{
+    if (alt && focusElement->isOriginChangeable()) {
+        Matrix4 origin = Matrix4::identity();
+        origin[14] = dy * 0.5 * leftRightSpeed / 100.0;
+        moveOriginOnly(origin);
+        return;
+    }
+    Matrix4 step = Matrix4::identity();
+    step[14] = -dy * 0.5 * leftRightSpeed / 100.0;
+    *focusElement += conjugated(step);
+}
+
+void ScenePanel::panElement(bool alt)
+{
+    if (alt && focusElement->isOriginChangeable()) {
+        Matrix4 origin = Matrix4::identity();
+        origin[12] = -dx * 3.0 * midSpeed / 100.0;
+        origin[13] = dy * 3.0 * midSpeed / 100.0;
+        moveOriginOnly(origin);
+        return;
+    }
+    Matrix4 step = Matrix4::identity();
+    step[12] = dx * 3.0 * midSpeed / 100.0;
+    step[13] = -dy * 3.0 * midSpeed / 100.0;
+    if (elementTransformMode == MODE_SCREEN || elementTransformMode == MODE_GLOBAL) {
+        const int bits[3] = {AXIS_X, AXIS_Y, AXIS_Z};
+        for (int axis = 0; axis < 3; ++axis) {
+            if (!(axisMask & bits[axis]))
+                step[12 + axis] = 0.0;
+        }
+        *focusElement += elementTransformMode == MODE_SCREEN ? conjugated(step) : step;
+    } else if (elementTransformMode == MODE_LOCAL) {
+        step.dump("trans:");
+        step = step * focusElement->getCompleteTransformMatrix();
+        step.dump("trans * m");
+        *focusElement += step;
+    }
+}
+
+// The step turns about a screen axis; conjugating it with the camera's rotation turns the
+// element about the same axis as seen on screen.
+void ScenePanel::rotateElement(const math::Quaternion<double>& step, bool alt)
+{
+    const math::Quaternion<double> camera = math::Quaternion<double>::fromMatrix(view.getTranspose());
+    math::Quaternion<double> masked = step;
+    const int bits[3] = {AXIS_X, AXIS_Y, AXIS_Z};
+    for (int axis = 0; axis < 3; ++axis) {
+        if (!(axisMask & bits[axis]))
+            masked[axis] = 0.0;
+    }
+    if (alt)
+        return;
+    const math::Quaternion<double> rotation = camera.getInverse() * masked * camera;
+    *focusElement += rotation.toMatrix();
+}
+
+// The origin step uses the single-precision 0.2, the geometry step the double one.
+void ScenePanel::wheelElement(int delta, bool alt)
+{
+    if (alt && focusElement->isOriginChangeable()) {
+        Matrix4 origin = Matrix4::identity();
+        origin[14] = delta * static_cast<double>(0.2f) * wheelSpeed / 100.0;
+        moveOriginOnly(origin);
+        return;
+    }
+    Matrix4 step = Matrix4::identity();
+    step[14] = delta * -0.2 * wheelSpeed / 100.0;
+    *focusElement += conjugated(step);
 }
 
 // The pan is rescaled with the zoom, so that the point in the middle of the window stays.
@@ -394,7 +548,7 @@ void ScenePanel::zoomBy(double step)
 }
 
 // The axis is left unnormalised: a longer drag turns further about a longer axis.
-void ScenePanel::rotateView(int moveX, int moveY, bool aroundViewAxis, double speed)
+math::Quaternion<double> ScenePanel::rotationStep(int moveX, int moveY, bool aroundViewAxis, double speed)
 {
     const double factor = speed * -0.03 / 100.0;
     double angle = 0.0;
@@ -410,12 +564,175 @@ void ScenePanel::rotateView(int moveX, int moveY, bool aroundViewAxis, double sp
     }
     const double s = std::sin(angle * 0.5);
     const double c = std::cos(angle * 0.5);
-    const math::Quaternion<double> step(axis[0] * s, axis[1] * s, axis[2] * s, c);
+    return math::Quaternion<double>(axis[0] * s, axis[1] * s, axis[2] * s, c);
+}
+
+void ScenePanel::rotateView(const math::Quaternion<double>& step)
+{
     const math::Quaternion<double> rotated = math::Quaternion<double>::fromMatrix(view) * step;
     const Matrix4 matrix = rotated.toMatrix();
     for (int column = 0; column < 3; ++column)
         view.setColumn(column, matrix.getColumn(column));
     update();
+}
+
+// ---------------------------------------------------------------------------------------
+// Picking. The ray runs through the press position from the near to the far plane of the
+// matrices the last frame left.
+
+namespace {
+
+struct PickResult
+{
+    scene::SceneElement* element = nullptr;
+    const scene::CFaceO* face = nullptr;
+    scene::SceneVCGModel::Point point;
+    double distance = std::numeric_limits<double>::max();
+};
+
+void pickAlong(const scene::Scene::ElementList& elements, const scene::SceneVCGModel::Line& line, int type,
+               PickResult& best)
+{
+    for (const scene::Scene::ElementPointer& element : elements) {
+        if (!element->isIntersectable() || !element->isVisible())
+            continue;
+        if (element->getTypeName() == scene::SceneVCGModel::TypeName) {
+            auto* model = static_cast<scene::SceneVCGModel*>(element.get());
+            const scene::CFaceO* face = nullptr;
+            scene::SceneVCGModel::Point point;
+            double distance = 0.0;
+            if (model->intersect(line, &face, point, distance, type == scene::Scene::SELECT_POINTS)
+                && distance < best.distance) {
+                best.element = model;
+                best.face = face;
+                best.point = point;
+                best.distance = distance;
+            }
+        } else if (type == scene::Scene::SELECT_ELEMENTS) {
+            const scene::SceneElement::Vector4 start(line.start[0], line.start[1], line.start[2], 1.0);
+            const scene::SceneElement::Vector4 end(line.end[0], line.end[1], line.end[2], 1.0);
+            double distance = 0.0;
+            if (element->intersect(start, end, &distance) && distance < best.distance) {
+                best.element = element.get();
+                best.face = nullptr;
+                best.distance = distance;
+            }
+        }
+    }
+}
+
+QString commandFor(const PickResult& best, const QString& command, int type)
+{
+    auto* model = dynamic_cast<scene::SceneVCGModel*>(best.element);
+    const QString name = best.element->getName();
+    const auto faceIndex = [&]() {
+        return static_cast<qlonglong>(best.face - model->getMeshModel()->cm.face.data());
+    };
+    switch (type) {
+    case scene::Scene::SELECT_ELEMENTS:
+        return QString("%1([%2])").arg(command).arg(name);
+    case scene::Scene::SELECT_POINTS:
+    case scene::Scene::SELECT_POINTS_FREE:
+        if (model && best.face)
+            return QString("%6(%1,[%2,%3,%4],%5)")
+                .arg(name)
+                .arg(best.point[0])
+                .arg(best.point[1])
+                .arg(best.point[2])
+                .arg(faceIndex())
+                .arg(command);
+        return QString("%5(%1,%2,%3,%4)")
+            .arg(name)
+            .arg(best.point[0])
+            .arg(best.point[1])
+            .arg(best.point[2])
+            .arg(command);
+    case scene::Scene::SELECT_FACES:
+        if (model && best.face)
+            return QString("%1(%2,%3)").arg(command).arg(name).arg(faceIndex());
+        return QString();
+    default:
+        return QString();
+    }
+}
+
+} // namespace
+
+QString ScenePanel::pickCommandString()
+{
+    const QString command = scene->getCurrentSelectionCommand();
+    const int type = scene->getCurrentSelectionType();
+    if (command.isEmpty() || type == scene::Scene::SELECT_NOTHING)
+        return QString();
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    PickResult best;
+    {
+        QMutexLocker locker(mutex);
+        makeCurrent();
+        GLint viewport[4];
+        GLdouble modelView[16];
+        GLdouble projection[16];
+        glGetIntegerv(GL_VIEWPORT, viewport);
+        glGetDoublev(GL_MODELVIEW_MATRIX, modelView);
+        glGetDoublev(GL_PROJECTION_MATRIX, projection);
+        const double winY = viewport[3] - pressY;
+        scene::SceneVCGModel::Line line;
+        gluUnProject(pressX, winY, 0.0, modelView, projection, viewport, &line.start[0], &line.start[1],
+                     &line.start[2]);
+        gluUnProject(pressX, winY, 1.0, modelView, projection, viewport, &line.end[0], &line.end[1], &line.end[2]);
+        pickAlong(*scene->getElementList(), line, type, best);
+    }
+    QGuiApplication::restoreOverrideCursor();
+    if (!best.element)
+        return QString();
+    return commandFor(best, command, type);
+}
+
+// ---------------------------------------------------------------------------------------
+// The element transform mode and the axis mask.
+
+void ScenePanel::shiftElementTransformMode()
+{
+    static const char* const Function = "qel::gui::ScenePanel::shiftElementTransformMode";
+    switch (elementTransformMode) {
+    case MODE_SCREEN:
+        elementTransformMode = MODE_GLOBAL;
+        log::Logger::log(4000, "module_scene/gui/scenepanel", 1021, Function, nullptr, "Transformmode: GLOBAL");
+        break;
+    case MODE_GLOBAL:
+        elementTransformMode = MODE_LOCAL;
+        log::Logger::log(4000, "module_scene/gui/scenepanel", 1025, Function, nullptr, "Transformmode: LOCAL");
+        break;
+    case MODE_LOCAL:
+        elementTransformMode = MODE_SCREEN;
+        log::Logger::log(4000, "module_scene/gui/scenepanel", 1029, Function, nullptr, "Transformmode: SCREEN");
+        break;
+    default:
+        log::Logger::log(1000, "module_scene/gui/scenepanel", 1033, Function, nullptr,
+                         "Unknown element transform mode");
+        break;
+    }
+    update();
+}
+
+void ScenePanel::toggleAxis(AXIS axis)
+{
+    if (axisMask & axis)
+        axisMask &= ~static_cast<int>(axis);
+    else
+        axisMask |= axis;
+    update();
+}
+
+ScenePanel::Matrix4 ScenePanel::localTranslation(double x, double y, double z)
+{
+    Matrix4 rotation = focusElement->getTransformMatrix();
+    rotation.setColumn(3, Matrix4::identity().getColumn(3));
+    Matrix4 translation = Matrix4::identity();
+    translation[12] = static_cast<float>(x);
+    translation[13] = static_cast<float>(y);
+    translation[14] = static_cast<float>(z);
+    return rotation.getInverse() * view.getInverse() * translation * view * rotation;
 }
 
 } // namespace gui

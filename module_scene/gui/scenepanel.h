@@ -74,7 +74,9 @@ protected:
     void glPaint() override;
     void glResize(int width, int height) override;
 
-    // Camera gestures: right rotates, middle pans, left with right zooms, the wheel zooms.
+    // Right rotates, middle pans, left with right zooms, the wheel zooms: the camera, or with
+    // Shift the focused element as a pending transform that the Shift release commits. A left
+    // click without movement picks in the scene's selection mode.
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -104,7 +106,28 @@ private:
     void requestRepaint();
     void drawModeMarker();
     void zoomBy(double step);
-    void rotateView(int dx, int dy, bool aroundViewAxis, double speed);
+    static math::Quaternion<double> rotationStep(int moveX, int moveY, bool aroundViewAxis, double speed);
+    void rotateView(const math::Quaternion<double>& step);
+
+    bool isElementCase(Qt::KeyboardModifiers eventModifiers) const;
+    // Shift newly held on a focused element of an unlocked scene: the move begins.
+    void startElementTransform(Qt::KeyboardModifiers eventModifiers);
+    Matrix4 conjugated(const Matrix4& matrix) const;
+    void zoomElement(bool alt);
+    void panElement(bool alt);
+    void rotateElement(const math::Quaternion<double>& step, bool alt);
+    void wheelElement(int delta, bool alt);
+    // The origin goes by `origin` (in screen terms), the geometry back by its opposite.
+    void moveOriginOnly(const Matrix4& origin);
+    void commitElementTransform();
+
+    // The nearest intersectable visible element under the press position; the command
+    // string for it, empty when nothing is to be sent.
+    QString pickCommandString();
+
+    void shiftElementTransformMode();
+    void toggleAxis(AXIS axis);
+    Matrix4 localTranslation(double x, double y, double z);
 
     util::ZPointer<scene::Scene> scene;
     scene::SceneDrawer* drawer = nullptr;
