@@ -73,8 +73,9 @@ def build():
             b = following * SIDES + side
             c = following * SIDES + nextSide
             d = segment * SIDES + nextSide
-            faces.append((a, b, c))
-            faces.append((a, c, d))
+            # Counter-clockwise seen from outside, so that the normals point outwards.
+            faces.append((a, c, b))
+            faces.append((a, d, c))
     return vertices, faces
 
 

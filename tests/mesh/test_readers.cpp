@@ -160,6 +160,10 @@ TEST_F(ReadersTest, TheBundledSampleIsAClosedColouredMesh)
             ASSERT_NE(&cm.face[face], cm.face.faceFaceLinks()[face].face[edge]) << "border edge on face " << face;
     }
     EXPECT_NE(cm.vert[0].color, cm.vert[cm.vert.size() / 2].color);
+    // Faces wind counter-clockwise seen from outside: the outermost point's normal points out.
+    const auto outermost = std::max_element(cm.vert.begin(), cm.vert.end(),
+                                            [](const auto& a, const auto& b) { return a.coord.x() < b.coord.x(); });
+    EXPECT_GT(outermost->normal.x(), 0.9);
 }
 
 TEST_F(ReadersTest, MissingAndEmptyFilesAreRefused)
