@@ -14,6 +14,8 @@ namespace {
 // (three corners transformed and a triangle test).
 const double TraversalCost = 0.25;
 const int BinCount = 12;
+// Ranges this small stay leaves: fewer nodes, for a face test or two more per ray.
+const std::uint32_t MinSplitFaces = 4;
 // Past this level ranges are halved by count, so that the depth stays bounded whatever the
 // geometry (many faces with one centre, for instance).
 const int HalvingLevel = 48;
@@ -111,7 +113,7 @@ private:
 
         const std::uint32_t count = end - begin;
         std::uint32_t middle = begin;
-        if (count <= 2 || !divide(begin, end, level, bounds, centres, middle)) {
+        if (count <= MinSplitFaces || !divide(begin, end, level, bounds, centres, middle)) {
             makeLeaf(index, begin, count);
             return index;
         }
