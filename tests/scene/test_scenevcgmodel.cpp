@@ -4,6 +4,7 @@
 #include "mesh/meshfixtures.h"
 #include "module_scene/mesh/meshbounds.h"
 #include "module_scene/mesh/meshnormals.h"
+#include "module_scene/gui/viewer.h"
 #include "module_scene/mesh/meshrenderer.h"
 #include "module_scene/meshmodel.h"
 #include "module_scene/sceneelementfactory.h"
@@ -73,9 +74,17 @@ bool flagged(const CFaceO& face)
     return face.hasFlag(CFaceO::ELEMENT_SELECTED);
 }
 
+// A mesh ends through the shared GL context, which brings up the global viewer and its
+// scene; the scene tests after these expect neither.
+class SceneVCGModelTest : public ::testing::Test
+{
+protected:
+    static void TearDownTestSuite() { delete gui::Viewer::getInstance(); }
+};
+
 } // namespace
 
-TEST(SceneVCGModel, TakesItsBoxFlagsAndDrawSetupFromTheMesh)
+TEST_F(SceneVCGModelTest, TakesItsBoxFlagsAndDrawSetupFromTheMesh)
 {
     MeshModel* mesh = makeMesh({Point(0.0, 0.0, 0.0), Point(2.0, 4.0, 0.0), Point(0.0, 4.0, 6.0)}, {{0, 1, 2}});
     const ModelPointer model(new SceneVCGModel(mesh, "model"));
@@ -109,7 +118,7 @@ TEST(SceneVCGModel, TakesItsBoxFlagsAndDrawSetupFromTheMesh)
     EXPECT_EQ("SceneVCGModel", made->getTypeName());
 }
 
-TEST(SceneVCGModel, LookSettersAnnounceTheirChangesAsStated)
+TEST_F(SceneVCGModelTest, LookSettersAnnounceTheirChangesAsStated)
 {
     const ModelPointer model = makeLayers();
     EXPECT_EQ(static_cast<double>(51.2f), model->getShininess());
@@ -170,7 +179,7 @@ TEST(SceneVCGModel, LookSettersAnnounceTheirChangesAsStated)
     model->detachObserver(&recorder);
 }
 
-TEST(SceneVCGModel, ListSelectionLogsBadPlacesSkipsDeletedFacesAndAnnouncesOnce)
+TEST_F(SceneVCGModelTest, ListSelectionLogsBadPlacesSkipsDeletedFacesAndAnnouncesOnce)
 {
     const ModelPointer model = makeTwentyFaces();
     scene::FaceVector& faces = model->getMeshModel()->cm.face;
@@ -212,7 +221,7 @@ TEST(SceneVCGModel, ListSelectionLogsBadPlacesSkipsDeletedFacesAndAnnouncesOnce)
     model->detachObserver(&recorder);
 }
 
-TEST(SceneVCGModel, PointerSelectionFlagsThePlaceDividedByEightAndRefusesForeignPointers)
+TEST_F(SceneVCGModelTest, PointerSelectionFlagsThePlaceDividedByEightAndRefusesForeignPointers)
 {
     const ModelPointer model = makeTwentyFaces();
     scene::FaceVector& faces = model->getMeshModel()->cm.face;
@@ -258,7 +267,7 @@ TEST(SceneVCGModel, PointerSelectionFlagsThePlaceDividedByEightAndRefusesForeign
     model->detachObserver(&recorder);
 }
 
-TEST(SceneVCGModel, AverageEdgeLengthOfTheFirstFacesInStorageOrder)
+TEST_F(SceneVCGModelTest, AverageEdgeLengthOfTheFirstFacesInStorageOrder)
 {
     // A 3-4-5 triangle (perimeter 12), then an equilateral one of side 2 (perimeter 6).
     const double h = std::sqrt(3.0);
@@ -278,7 +287,7 @@ TEST(SceneVCGModel, AverageEdgeLengthOfTheFirstFacesInStorageOrder)
     EXPECT_TRUE(std::isnan(empty->getAverageEdgeLength(3)));
 }
 
-TEST(SceneVCGModel, IntersectKeepsTheNearestFaceAndReportsTheLastPlaneCrossing)
+TEST_F(SceneVCGModelTest, IntersectKeepsTheNearestFaceAndReportsTheLastPlaneCrossing)
 {
     const ModelPointer model = makeLayers();
     const scene::FaceVector& faces = model->getMeshModel()->cm.face;
@@ -323,7 +332,7 @@ TEST(SceneVCGModel, IntersectKeepsTheNearestFaceAndReportsTheLastPlaneCrossing)
     EXPECT_EQ(Point3(0.25, 0.75, 0.0), point);
 }
 
-TEST(SceneVCGModel, IntersectWorksInWorldCoordinatesAndTheFaceWalkAnswersAlike)
+TEST_F(SceneVCGModelTest, IntersectWorksInWorldCoordinatesAndTheFaceWalkAnswersAlike)
 {
     const ModelPointer model = makeLayers();
     model->setTransformMatrix(scene::SceneElement::Matrix4::translation(10.0, 0.0, 0.0));
@@ -366,7 +375,7 @@ TEST(SceneVCGModel, IntersectWorksInWorldCoordinatesAndTheFaceWalkAnswersAlike)
     EXPECT_EQ(5.0, t);
 }
 
-TEST(SceneVCGModel, MemoryCheckLogsItsFiguresInWrapping32BitArithmetic)
+TEST_F(SceneVCGModelTest, MemoryCheckLogsItsFiguresInWrapping32BitArithmetic)
 {
     LogCapture log;
     EXPECT_TRUE(SceneVCGModel::checkForMemory(100000, 200000));
@@ -389,7 +398,7 @@ TEST(SceneVCGModel, MemoryCheckLogsItsFiguresInWrapping32BitArithmetic)
     EXPECT_TRUE(log.contains("Total memory needed for working: 0 MiB"));
 }
 
-TEST(SceneVCGModel, ProjectXmlCarriesTheLookAndReadsDecimalsBackAsFloat)
+TEST_F(SceneVCGModelTest, ProjectXmlCarriesTheLookAndReadsDecimalsBackAsFloat)
 {
     const ModelPointer model = makeLayers();
     model->setModelColor(QColor(1, 2, 3, 4));
