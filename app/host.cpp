@@ -1,6 +1,7 @@
 #include "host.h"
 
 #include "commandlinewidget.h"
+#include "progressdisplay.h"
 #include "scriptrunner.h"
 
 #include "kernel/main/abstractparameter.h"
@@ -72,6 +73,7 @@ void printLine(FILE* stream, const QString& text)
 
 int Host::run()
 {
+    progress.reset(new ProgressDisplay);
     loadModules();
     if (options.listCommands) {
         printCommands();
@@ -189,6 +191,8 @@ int Host::runWindow()
     QDockWidget* dock = overseer->registerDockWidget(QObject::tr("Command line"), Qt::BottomDockWidgetArea);
     dock->setWidget(commandLine);
     overseer->getMenuAndToolbarManager()->update();
+    progress.reset();
+    progress.reset(new ProgressDisplay(window));
     window->setWindowTitle(QStringLiteral("qel"));
     window->resize(1280, 900);
     window->show();
@@ -202,5 +206,6 @@ void Host::shutdown()
 {
     // Waits for running commands, deletes the windows while the modules' code is
     // still loaded, then unloads the modules.
+    progress.reset();
     Overseer::destroyInstance();
 }

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "hostoptions.h"
+#include "progressdisplay.h"
+
+#include <memory>
 
 namespace qel {
 namespace main {
@@ -30,4 +33,5 @@ private:
     qel::main::SceneService* sceneService() const;
 
     HostOptions options;
+    std::unique_ptr<ProgressDisplay> progress;
 };
