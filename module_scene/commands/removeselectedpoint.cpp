@@ -54,7 +54,7 @@ void RemoveSelectedPoint::execute()
     }
     util::ZPointer<qel::scene::Scene> scene = qel::scene::_GlobalScene();
     const std::size_t count = scene->getSelectedPoints()->size();
-    if (static_cast<std::size_t>(static_cast<unsigned int>(*index)) >= count) {
+    if (static_cast<unsigned int>(*index) >= count) {
         log::Logger::log(4000, LogFile, 74, ExecuteFunction, nullptr,
                          QObject::tr("The index must be between 0 and %1").arg(count));
         return;
