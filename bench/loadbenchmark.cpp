@@ -1,5 +1,6 @@
 #include "loadbenchmark.h"
 
+#include "benchoptions.h"
 #include "benchreport.h"
 #include "module_scene/io/importer.h"
 #include "module_scene/io/loader.h"
@@ -33,26 +34,13 @@ struct Options
 
 bool parseOptions(int argc, char** argv, Options& options)
 {
-    for (int i = 1; i < argc; ++i) {
-        const QString argument = QString::fromLocal8Bit(argv[i]);
-        if (i + 1 >= argc)
-            return false;
-        const QString value = QString::fromLocal8Bit(argv[++i]);
-        if (argument == "--triangles")
-            options.triangles = value.toLongLong();
-        else if (argument == "--file")
-            options.file = value;
-        else if (argument == "--json")
-            options.json = value;
-        else
-            return false;
-    }
+    BenchOptions parsed({{"triangles", "2000000"}, {"file", ""}});
+    if (!parsed.parse(argc, argv))
+        return false;
+    options.triangles = parsed.number("triangles");
+    options.file = parsed.text("file");
+    options.json = parsed.text("json");
     return options.triangles >= 8;
-}
-
-double secondsSince(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 // The torus grid: rings x segments quads, two triangles each, every grid point shared by six
@@ -173,7 +161,7 @@ double readFloor(const QString& path)
         std::vector<char> contents(static_cast<std::size_t>(file.size()));
         if (file.read(contents.data(), file.size()) != file.size())
             return -1.0;
-        const double seconds = secondsSince(start);
+        const double seconds = BenchOptions::secondsSince(start);
         if (best < 0.0 || seconds < best)
             best = seconds;
     }
@@ -201,7 +189,7 @@ LoadFigures loadThroughPlugin(const QString& path)
     const bool peakReset = resetPeakMemory();
     const auto start = std::chrono::steady_clock::now();
     std::unique_ptr<qel::scene::MeshModel> model(loader->loadMesh(path));
-    figures.seconds = secondsSince(start);
+    figures.seconds = BenchOptions::secondsSince(start);
     if (peakReset && residentBefore >= 0)
         figures.peakBytes = statusBytes("VmHWM:") - residentBefore;
     if (!model) {
@@ -227,7 +215,7 @@ LoadFigures loadThroughAssimp(const QString& path)
     const QByteArray name = QFile::encodeName(path);
     const auto start = std::chrono::steady_clock::now();
     const aiScene* scene = importFile(name.constData(), aiProcess_JoinIdenticalVertices);
-    figures.seconds = secondsSince(start);
+    figures.seconds = BenchOptions::secondsSince(start);
     if (!scene) {
         figures.seconds = -1.0;
         return figures;

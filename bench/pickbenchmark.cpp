@@ -1,5 +1,6 @@
 #include "pickbenchmark.h"
 
+#include "benchoptions.h"
 #include "benchreport.h"
 #include "module_scene/mesh/cmesho.h"
 #include "module_scene/mesh/meshallocator.h"
@@ -37,30 +38,16 @@ struct Options
 
 bool parseOptions(int argc, char** argv, Options& options)
 {
-    for (int i = 1; i < argc; ++i) {
-        const QString argument = QString::fromLocal8Bit(argv[i]);
-        if (i + 1 >= argc)
-            return false;
-        const QString value = QString::fromLocal8Bit(argv[++i]);
-        if (argument == "--triangles")
-            options.triangles = value.toLongLong();
-        else if (argument == "--rays")
-            options.rays = value.toInt();
-        else if (argument == "--sample")
-            options.sample = value.toInt();
-        else if (argument == "--order" && (value == "slices" || value == "stacks"))
-            options.bySlices = value == "slices";
-        else if (argument == "--json")
-            options.json = value;
-        else
-            return false;
-    }
-    return options.triangles >= 8 && options.rays >= 1 && options.sample >= 1;
-}
-
-double secondsSince(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    BenchOptions parsed({{"triangles", "2000000"}, {"rays", "10000"}, {"sample", "200"}, {"order", "stacks"}});
+    if (!parsed.parse(argc, argv))
+        return false;
+    options.triangles = parsed.number("triangles");
+    options.rays = static_cast<int>(parsed.number("rays"));
+    options.sample = static_cast<int>(parsed.number("sample"));
+    options.bySlices = parsed.text("order") == "slices";
+    options.json = parsed.text("json");
+    const bool knownOrder = options.bySlices || parsed.text("order") == "stacks";
+    return knownOrder && options.triangles >= 8 && options.rays >= 1 && options.sample >= 1;
 }
 
 // The surface's distance from the centre in a direction: a sphere with gentle ripples, as
@@ -202,7 +189,7 @@ Timing timeRays(const std::vector<Line>& rays, std::size_t count, Pick pick)
         Answer& answer = timing.answers[i];
         answer.hit = pick(rays[i], &answer.face, answer.point, answer.distance);
     }
-    timing.microsecondsPerRay = secondsSince(start) * 1e6 / static_cast<double>(count);
+    timing.microsecondsPerRay = BenchOptions::secondsSince(start) * 1e6 / static_cast<double>(count);
     for (const Answer& answer : timing.answers)
         timing.hits += answer.hit ? 1 : 0;
     return timing;
@@ -235,7 +222,7 @@ int runPickBenchmark(int argc, char** argv)
         std::fprintf(stderr, "qel-bench pick: the model has no pick tree\n");
         return 1;
     }
-    const double buildSeconds = secondsSince(buildStart);
+    const double buildSeconds = BenchOptions::secondsSince(buildStart);
 
     std::mt19937 random(20240611);
     const std::vector<Line> hits = hittingRays(options.rays, random);

@@ -1,5 +1,6 @@
 #include "renderbenchmark.h"
 
+#include "benchoptions.h"
 #include "benchreport.h"
 #include "module_scene/mesh/cmesho.h"
 #include "module_scene/mesh/meshallocator.h"
@@ -34,26 +35,13 @@ struct Options
 
 bool parseOptions(int argc, char** argv, Options& options)
 {
-    for (int i = 1; i < argc; ++i) {
-        const QString argument = QString::fromLocal8Bit(argv[i]);
-        if (i + 1 >= argc)
-            return false;
-        const QString value = QString::fromLocal8Bit(argv[++i]);
-        if (argument == "--triangles")
-            options.triangles = value.toLongLong();
-        else if (argument == "--frames")
-            options.frames = value.toInt();
-        else if (argument == "--json")
-            options.json = value;
-        else
-            return false;
-    }
+    BenchOptions parsed({{"triangles", "2000000"}, {"frames", "5"}});
+    if (!parsed.parse(argc, argv))
+        return false;
+    options.triangles = parsed.number("triangles");
+    options.frames = static_cast<int>(parsed.number("frames"));
+    options.json = parsed.text("json");
     return options.triangles >= 8 && options.frames >= 1;
-}
-
-double secondsSince(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 // A torus of rings x segments quads, two triangles each, filling most of the view.
@@ -122,7 +110,7 @@ double drawFrame(qel::scene::MeshRenderer& renderer)
     renderer.draw(qel::scene::MeshRenderer::DRAW_SMOOTH, qel::scene::MeshRenderer::COLOR_PER_MESH,
                   qel::scene::MeshRenderer::TEXTURE_NONE);
     glFinish();
-    return secondsSince(start);
+    return BenchOptions::secondsSince(start);
 }
 
 // Frames per second from the median frame: the machine may be busy with other work.
