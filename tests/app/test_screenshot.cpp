@@ -85,6 +85,25 @@ TEST(Screenshot, ShowsTheLoadedModelsLitOnTheBackgroundAtTheAskedSize)
     EXPECT_GT(shot.image.pixelColor(340, 150).lightness(), 120);
 }
 
+TEST(Screenshot, AClippingPlaneAddedByCommandIsDrawnOverTheBackground)
+{
+    QTemporaryDir dir;
+    QFile cube(dir.filePath("cube.off"));
+    ASSERT_TRUE(cube.open(QIODevice::WriteOnly));
+    cube.write(CubeOff);
+    cube.close();
+    const QStringList twoModels = {"loadmodel(" + cube.fileName() + ",left)",
+                                   "loadmodel(" + cube.fileName() + ",right)", "translate(right,2.5,0,0,1)"};
+    const Shot shot = takeScreenshot(dir, twoModels + QStringList{"addclippingplane"}, {"--size", "400x300"});
+    ASSERT_EQ(0, shot.run.exitCode) << shot.run.err.toStdString();
+    ASSERT_TRUE(shot.written);
+    // The plane's outline covers the view, so the corners are no longer plain background.
+    EXPECT_FALSE(backgroundNear(shot.image, 396, 3));
+    // The models are not below the plane: they stay whole and lit.
+    EXPECT_GT(shot.image.pixelColor(200, 150).lightness(), 150);
+    EXPECT_GT(shot.image.pixelColor(340, 150).lightness(), 120);
+}
+
 TEST(Screenshot, AnEmptySceneIsTheBackgroundWithTheCoordinateSystem)
 {
     QTemporaryDir dir;

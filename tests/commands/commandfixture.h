@@ -49,6 +49,9 @@ protected:
         main::EventManager::getInstance()->fireEvent(clearSelection);
         scene::SceneElement* selection = scene()->getSelectionNode().get();
         selection->setTransformMatrix(Matrix4::identity());
+        // Cleaning resets the scene's scale but not that of the standing elements.
+        for (const auto& element : *scene()->getElementList())
+            element->setScalingFactor(1.0);
         main::UndoRedoManager::getInstance()->clear();
     }
 
