@@ -1,5 +1,6 @@
 // Mouse and keys on the scene panel: picks send command strings, Shift moves the focused
 // element and commits the move as one command, the recorded macro replays it.
+#include "app/hostprocess.h"
 #include "commands/commandfixture.h"
 #include "cubemodel.h"
 #include "kernel/main/macrorecorder.h"
@@ -7,6 +8,10 @@
 #include "module_scene/mesh/cfaceo.h"
 #include "module_scene/meshmodel.h"
 
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QRegularExpression>
@@ -242,4 +247,55 @@ TEST_F(PanelInteractionTest, AnAltShiftRightDragMovesNothing)
     EXPECT_MATRIX_EQ(before, cube->getTransformMatrix());
     EXPECT_TRUE(panel->getTransformMatrix() == Matrix4::identity());
     releaseShift();
+}
+
+// A whole session as a user has it: load a model, pick it, pick a face, move it with Shift;
+// the host replays the recorded macro to the same scene.
+TEST_F(PanelInteractionTest, TheHostReplaysARecordedSessionToTheSameScene)
+{
+    const QString cubeFile = directory.filePath("cube.off");
+    {
+        QFile file(cubeFile);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Text));
+        file.write("OFF\n8 12 0\n-1 -1 -1\n1 -1 -1\n1 1 -1\n-1 1 -1\n-1 -1 1\n1 -1 1\n1 1 1\n-1 1 1\n"
+                   "3 0 2 1\n3 0 3 2\n3 4 5 6\n3 4 6 7\n3 0 1 5\n3 0 5 4\n"
+                   "3 2 3 7\n3 2 7 6\n3 1 2 6\n3 1 6 5\n3 0 4 7\n3 0 7 3\n");
+    }
+    ASSERT_TRUE(processor()->executeCommand("loadmodel(" + cubeFile + ",cube)",
+                                            qel::main::Command::EXECUTE_SYNCHRONOUS, true));
+    ZPointer<qel::scene::SceneElement> cube = scene()->getSceneElement("cube");
+    ASSERT_TRUE(cube);
+    showPanel();
+    selectMode("selectsceneelements", Scene::SELECT_ELEMENTS);
+    click(QPoint(103, 95));
+    ASSERT_EQ(cube.get(), scene()->getFocusedNode().get()) << recorded().join(" | ").toStdString();
+    selectMode("selectface", Scene::SELECT_FACES);
+    click(QPoint(103, 95));
+    shiftDrag(QPoint(100, 100), QPoint(90, 120));
+    const Matrix4 moved = cube->getTransformMatrix();
+    const QStringList session = recorded();
+    ASSERT_EQ(4, session.size()) << session.join(" | ").toStdString() << "\n" << messages.join(" | ").toStdString();
+    EXPECT_TRUE(session.at(2).startsWith("selectface(cube,")) << session.at(2).toStdString();
+    EXPECT_TRUE(session.at(3).startsWith("transform(cube,")) << session.at(3).toStdString();
+    recorder()->stop();
+
+    const QString dump = directory.filePath("scene.json");
+    const qel::test::HostRun host = qel::test::runHost(
+        {"--offscreen", "--run", directory.filePath("macro.txt"), "--dump-scene", dump});
+    ASSERT_EQ(0, host.exitCode) << host.err.toStdString();
+    QFile file(dump);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QJsonObject replayed = QJsonDocument::fromJson(file.readAll()).object();
+    EXPECT_EQ("cube", replayed.value("focused").toString().toStdString());
+    bool found = false;
+    for (const QJsonValue& element : replayed.value("elements").toArray()) {
+        if (element.toObject().value("name").toString() != "cube")
+            continue;
+        found = true;
+        const QJsonArray transform = element.toObject().value("transform").toArray();
+        ASSERT_EQ(16, transform.size());
+        for (int i = 0; i < 16; ++i)
+            EXPECT_NEAR(moved[i], transform.at(i).toDouble(), 1e-9 * (1.0 + std::abs(moved[i]))) << "entry " << i;
+    }
+    EXPECT_TRUE(found);
 }
