@@ -11,24 +11,15 @@ using namespace qel::scene;
 using qel::test::CauseRecorder;
 using qel::test::EventRecorder;
 using qel::test::TestElement;
+using qel::test::make;
+using qel::test::namesOf;
 using qel::util::ZPointer;
 
 namespace {
 
 typedef ZPointer<TestElement> Element;
 
-Element make(const QString& name, const QString& type = "TestElement")
-{
-    return Element(new TestElement(name, type));
-}
 
-QStringList namesOf(const SceneElement::ElementList& list)
-{
-    QStringList names;
-    for (const auto& element : list)
-        names << element->getName();
-    return names;
-}
 
 // Breaks the parent links that keep a tree alive.
 void dismantle(SceneElement* element)

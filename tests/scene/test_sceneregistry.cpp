@@ -20,24 +20,15 @@ using qel::test::RecomputedTestElement;
 using qel::test::SceneHolder;
 using qel::test::SceneNoticeRecorder;
 using qel::test::TestElement;
+using qel::test::make;
+using qel::test::namesOf;
 using qel::util::ZPointer;
 
 namespace {
 
 typedef ZPointer<TestElement> Element;
 
-Element make(const QString& name, const QString& type = "TestElement")
-{
-    return Element(new TestElement(name, type));
-}
 
-QStringList namesOf(const Scene::ElementList& list)
-{
-    QStringList names;
-    for (const auto& element : list)
-        names << element->getName();
-    return names;
-}
 
 // Whether another thread finds the element lock taken.
 bool lockedElsewhere(Scene* scene)

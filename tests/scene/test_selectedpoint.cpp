@@ -16,6 +16,8 @@ using qel::test::EventRecorder;
 using qel::test::LogCapture;
 using qel::test::SceneHolder;
 using qel::test::TestElement;
+using qel::test::make;
+using qel::test::namesOf;
 using qel::util::ZPointer;
 
 namespace {
@@ -23,10 +25,6 @@ namespace {
 typedef ZPointer<TestElement> Element;
 typedef SelectedPoint::Vector4 Vector4;
 
-Element make(const QString& name)
-{
-    return Element(new TestElement(name));
-}
 
 // Starts a reader on the first element of the text.
 std::unique_ptr<QXmlStreamReader> readerOn(const QString& xml)

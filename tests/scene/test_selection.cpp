@@ -14,16 +14,14 @@ using qel::test::LogCapture;
 using qel::test::makeModel;
 using qel::test::SceneHolder;
 using qel::test::TestElement;
+using qel::test::make;
+using qel::test::namesOf;
 using qel::util::ZPointer;
 
 namespace {
 
 typedef ZPointer<TestElement> Element;
 
-Element make(const QString& name)
-{
-    return Element(new TestElement(name));
-}
 
 void select(const Scene::ElementList& elements)
 {

@@ -4,6 +4,7 @@
 #include "module_scene/scene.h"
 #include "module_scene/sceneelement.h"
 
+#include <QStringList>
 #include <QWidget>
 #include <cstdint>
 #include <functional>
@@ -131,6 +132,21 @@ public:
     void update(void* data, void*) override { causes.push_back(static_cast<int>(reinterpret_cast<intptr_t>(data))); }
     std::vector<int> causes;
 };
+
+// A new test element of the given type, owned by the returned pointer.
+inline util::ZPointer<TestElement> make(const QString& name, const QString& type = "TestElement")
+{
+    return util::ZPointer<TestElement>(new TestElement(name, type));
+}
+
+// The names of a list of elements, in its order.
+inline QStringList namesOf(const scene::SceneElement::ElementList& list)
+{
+    QStringList names;
+    for (const auto& element : list)
+        names << element->getName();
+    return names;
+}
 
 } // namespace test
 } // namespace qel
