@@ -1,29 +1,21 @@
 #pragma once
 
-#include "kernel/main/command.h"
+#include "kernel/main/historystepcommand.h"
 
 namespace qel {
 namespace main {
 
-class CommandProcessor;
-
-// `redo`: repeats the last step that was undone. Its menu entry follows
-// whether there is anything to redo.
-class RedoCommand : public Command
+// `redo`: repeats the last step that was undone.
+class RedoCommand : public HistoryStepCommand
 {
 public:
     static const char* const CommandName;
 
     explicit RedoCommand(CommandProcessor* processor);
-    RedoCommand(const RedoCommand& other);
-    ~RedoCommand() override;
 
-    void execute() override;
-
-private:
-    void availabilityChanged(bool available);
-
-    CommandProcessor* processor;
+protected:
+    bool canStep() const override;
+    bool takeStep() override;
 };
 
 } // namespace main

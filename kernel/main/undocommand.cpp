@@ -1,8 +1,5 @@
 #include "kernel/main/undocommand.h"
 
-#include "kernel/events/eventhandler.h"
-#include "kernel/main/commandprocessor.h"
-#include "kernel/main/eventmanager.h"
 #include "kernel/main/undoredomanager.h"
 
 #include <QObject>
@@ -13,46 +10,23 @@ namespace main {
 const char* const UndoCommand::CommandName = "undo";
 
 UndoCommand::UndoCommand(CommandProcessor* processor)
-    : Command(new CommandDescriptor(CommandName, QObject::tr("Undoes the last change")),
-              new CommandGUIDescriptor(CommandGUIDescriptor::MAINMENU, QObject::tr("Edit"), 10, QObject::tr("Undo"),
-                                       QObject::tr("Undo the last change"), nullptr)),
-      processor(processor)
+    : HistoryStepCommand(processor, {CommandName, QObject::tr("Undoes the last change"), 10, QObject::tr("Undo"),
+                                     QObject::tr("Undo the last change"), QKeySequence(Qt::CTRL | Qt::Key_Z),
+                                     "UNDO_AVAILABLE", "UNDO_NOT_AVAILABLE", QObject::tr("Nothing to undo"),
+                                     QObject::tr("Undo failed")})
 {
     enableCloning<UndoCommand>();
-    getGUIDescriptors().front()->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
-    qel::events::EventHandler* events = qel::events::EventHandler::getInstance();
-    EventManager* manager = EventManager::getInstance();
-    manager->registerEventFunction(events->addEvent("Global", "UNDO_AVAILABLE"),
-                                   new EventManager::EventFunction([this](const Event*) { availabilityChanged(true); }),
-                                   this);
-    manager->registerEventFunction(events->addEvent("Global", "UNDO_NOT_AVAILABLE"),
-                                   new EventManager::EventFunction([this](const Event*) { availabilityChanged(false); }),
-                                   this);
-    availabilityChanged(UndoRedoManager::getInstance()->canUndo());
+    followAvailability();
 }
 
-// Working copies only run; the prototype keeps the menu entry up to date.
-UndoCommand::UndoCommand(const UndoCommand& other) : Command(other), processor(other.processor)
+bool UndoCommand::canStep() const
 {
+    return UndoRedoManager::getInstance()->canUndo();
 }
 
-UndoCommand::~UndoCommand()
+bool UndoCommand::takeStep()
 {
-    EventManager::getInstance()->unregisterAllEventFunctionsOf(this);
-}
-
-void UndoCommand::execute()
-{
-    UndoRedoManager* history = UndoRedoManager::getInstance();
-    if (!history->canUndo())
-        processor->reportMessage(QObject::tr("Nothing to undo"), 2000);
-    else if (!history->undo())
-        processor->reportMessage(QObject::tr("Undo failed"));
-}
-
-void UndoCommand::availabilityChanged(bool available)
-{
-    disableGUIDescriptors(getGUIDescriptors(), !available);
+    return UndoRedoManager::getInstance()->undo();
 }
 
 } // namespace main
