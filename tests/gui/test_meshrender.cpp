@@ -19,6 +19,7 @@ using qel::scene::MeshNormals;
 using qel::scene::MeshRenderer;
 using qel::test::OffscreenTarget;
 using qel::test::Point;
+using qel::test::Probe;
 using qel::test::sameColor;
 
 namespace {
@@ -32,11 +33,6 @@ const QColor CYAN(0, 255, 255);
 
 // Pixels of the square below: inside face 0 (below the diagonal), inside face 1, on the
 // left edge, on the diagonal, a corner, and outside.
-struct Probe
-{
-    int x;
-    int y;
-};
 const Probe IN_FACE_0{40, 24};
 const Probe IN_FACE_1{24, 40};
 const Probe ON_LEFT_EDGE{16, 30};

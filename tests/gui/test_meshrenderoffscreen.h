@@ -11,6 +11,13 @@
 namespace qel {
 namespace test {
 
+// A pixel of the frame to look at.
+struct Probe
+{
+    int x;
+    int y;
+};
+
 // A GL context on an off-screen surface drawing into a square frame buffer object, with an
 // orthographic view of [-1, 1]^2 and lighting off; pixels are read back as an image.
 class OffscreenTarget

@@ -14,6 +14,7 @@ using qel::scene::MeshModel;
 using qel::scene::SceneVCGModel;
 using qel::test::OffscreenTarget;
 using qel::test::Point;
+using qel::test::Probe;
 using qel::test::sameColor;
 
 namespace {
@@ -22,11 +23,6 @@ const QColor BLACK(0, 0, 0);
 const QColor GREEN(0, 255, 0);
 const QColor RED(255, 0, 0);
 
-struct Probe
-{
-    int x;
-    int y;
-};
 // Inside face 0 (below the diagonal), inside face 1, inside the square at half size, and
 // inside the square only at full size.
 const Probe IN_FACE_0{40, 24};
