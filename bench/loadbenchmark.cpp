@@ -30,16 +30,18 @@ struct Options
     long long triangles = 2000000;
     QString file;
     QString json;
+    bool assimp = true;
 };
 
 bool parseOptions(int argc, char** argv, Options& options)
 {
-    BenchOptions parsed({{"triangles", "2000000"}, {"file", ""}});
+    BenchOptions parsed({{"triangles", "2000000"}, {"file", ""}, {"assimp", "1"}});
     if (!parsed.parse(argc, argv))
         return false;
     options.triangles = parsed.number("triangles");
     options.file = parsed.text("file");
     options.json = parsed.text("json");
+    options.assimp = parsed.number("assimp") != 0;
     return options.triangles >= 8;
 }
 
@@ -168,11 +170,68 @@ double readFloor(const QString& path)
     return best;
 }
 
+// The time spent from one progress value of a load to the next: the reading below 80,
+// then the cleaning steps.
+struct Stage
+{
+    int percent;
+    double seconds;
+};
+
 struct LoadFigures
 {
     double seconds = -1.0;
     long long vertices = -1;
     long long peakBytes = -1;
+    std::vector<Stage> stages;
+};
+
+const char* stageName(int percent)
+{
+    switch (percent) {
+    case 80: return "cleaning";
+    case 83: return "vertex_compaction";
+    case 84: return "face_compaction";
+    case 85: return "normals";
+    case 90: return "bounding_box";
+    case 93: return "topology";
+    case 95: return "centring";
+    case 97: return "box_centring";
+    case 100: return "finishing";
+    default: return percent < 80 ? "reading" : "other";
+    }
+}
+
+// Records when each stage of a load starts; the reading's many percent values are one stage.
+class StageClock
+{
+public:
+    explicit StageClock(std::chrono::steady_clock::time_point start) : stageStart(start), current(0) {}
+
+    void enter(int percent)
+    {
+        if (percent < 80 || percent == current)
+            return;
+        close();
+        current = percent;
+    }
+
+    std::vector<Stage> finish()
+    {
+        close();
+        return stages;
+    }
+
+private:
+    void close()
+    {
+        stages.push_back(Stage{current, BenchOptions::secondsSince(stageStart)});
+        stageStart = std::chrono::steady_clock::now();
+    }
+
+    std::chrono::steady_clock::time_point stageStart;
+    int current;
+    std::vector<Stage> stages;
 };
 
 LoadFigures loadThroughPlugin(const QString& path)
@@ -188,8 +247,12 @@ LoadFigures loadThroughPlugin(const QString& path)
     const long long residentBefore = statusBytes("VmRSS:");
     const bool peakReset = resetPeakMemory();
     const auto start = std::chrono::steady_clock::now();
+    StageClock clock(start);
+    QObject::connect(loader.get(), &qel::io::scene::Loader::progressChanged,
+                     [&clock](int percent, const QString&) { clock.enter(percent); });
     std::unique_ptr<qel::scene::MeshModel> model(loader->loadMesh(path));
     figures.seconds = BenchOptions::secondsSince(start);
+    figures.stages = clock.finish();
     if (peakReset && residentBefore >= 0)
         figures.peakBytes = statusBytes("VmHWM:") - residentBefore;
     if (!model) {
@@ -238,7 +301,7 @@ int runLoadBenchmark(int argc, char** argv)
 {
     Options options;
     if (!parseOptions(argc, argv, options)) {
-        std::fprintf(stderr, "usage: qel-bench load [--triangles N] [--file PATH] [--json FILE]\n");
+        std::fprintf(stderr, "usage: qel-bench load [--triangles N] [--file PATH] [--assimp 0|1] [--json FILE]\n");
         return 2;
     }
     // Meshes die through the host services, which need an application object.
@@ -260,7 +323,7 @@ int runLoadBenchmark(int argc, char** argv)
 
     const double floor = readFloor(path);
     const LoadFigures load = loadThroughPlugin(path);
-    const LoadFigures assimp = loadThroughAssimp(path);
+    const LoadFigures assimp = options.assimp ? loadThroughAssimp(path) : LoadFigures();
     const double millions = torus.triangles() / 1e6;
     const double peakPerMillion = load.peakBytes >= 0 ? load.peakBytes / millions : -1.0;
 
@@ -272,6 +335,8 @@ int runLoadBenchmark(int argc, char** argv)
     report.add("peak_bytes_per_mtri", peakPerMillion, "bytes");
     report.add("load_vertices", static_cast<double>(load.vertices));
     report.add("assimp_vertices", static_cast<double>(assimp.vertices));
+    for (const Stage& stage : load.stages)
+        report.add(QStringLiteral("stage_%1_s").arg(stageName(stage.percent)), stage.seconds, "s");
     report.add("load_over_read_floor", floor > 0.0 ? load.seconds / floor : -1.0, "x");
     report.add("assimp_over_load", load.seconds > 0.0 ? assimp.seconds / load.seconds : -1.0, "x");
     report.print();

@@ -1,5 +1,6 @@
 #include "module_scene/io/fastmeshcleaner.h"
 
+#include "kernel/math/pointtable.h"
 #include "module_scene/mesh/cmesho.h"
 #include "module_scene/mesh/meshcleaner.h"
 #include "module_scene/mesh/vertexuserbits.h"
@@ -22,84 +23,15 @@ using qel::scene::CVertexO;
 
 namespace {
 
-std::uint64_t bitsOf(double value)
-{
-    // Adding +0 turns -0 into +0, which compares equal and must hash equal.
-    value += 0.0;
-    std::uint64_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
-
-std::uint64_t mix(std::uint64_t value)
-{
-    value ^= value >> 33;
-    value *= 0xff51afd7ed558ccdULL;
-    value ^= value >> 33;
-    value *= 0xc4ceb9fe1a85ec53ULL;
-    value ^= value >> 33;
-    return value;
-}
-
 std::uint32_t hashOf(const CVertexO::Point& point)
 {
-    const std::uint64_t hash = mix(bitsOf(point[0]) ^ mix(bitsOf(point[1]) ^ mix(bitsOf(point[2]))));
-    return static_cast<std::uint32_t>(hash >> 32);
+    return qel::math::PointHash::of(point[0], point[1], point[2]);
 }
 
 bool samePoint(const CVertexO::Point& a, const CVertexO::Point& b)
 {
     return a[0] == b[0] && a[1] == b[1] && a[2] == b[2];
 }
-
-// Open addressing over the distinct points seen so far. A slot holds the point's 32-bit
-// hash above its vertex place plus one, so that most probes settle without touching the
-// vertices, and the table grows with the distinct points only, staying small for the caches.
-class PointTable
-{
-public:
-    explicit PointTable(const CVertexO* vertices) : vertices(vertices), slots(1u << 16, 0), used(0) {}
-
-    const std::uint64_t* slotFor(std::uint32_t hash) const { return &slots[hash & (slots.size() - 1)]; }
-
-    // The place of the first vertex with this point, or the given place after adding it.
-    std::uint32_t findOrAdd(std::uint32_t hash, std::uint32_t place)
-    {
-        const std::size_t mask = slots.size() - 1;
-        for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
-            const std::uint64_t entry = slots[slot];
-            if (entry == 0) {
-                slots[slot] = (static_cast<std::uint64_t>(hash) << 32) | (place + 1u);
-                if (++used * 2 > slots.size())
-                    grow();
-                return place;
-            }
-            const std::uint32_t other = static_cast<std::uint32_t>(entry) - 1u;
-            if (static_cast<std::uint32_t>(entry >> 32) == hash && samePoint(vertices[other].coord, vertices[place].coord))
-                return other;
-        }
-    }
-
-private:
-    void grow()
-    {
-        std::vector<std::uint64_t> old(slots.size() * 2, 0);
-        old.swap(slots);
-        const std::size_t mask = slots.size() - 1;
-        for (std::uint64_t entry : old) {
-            if (entry == 0)
-                continue;
-            std::size_t slot = static_cast<std::uint32_t>(entry >> 32) & mask;
-            while (slots[slot] != 0)
-                slot = (slot + 1) & mask;
-            slots[slot] = entry;
-        }
-    }
-
-    const CVertexO* vertices;
-    std::vector<std::uint64_t> slots;
-    std::size_t used;
-};
 
 } // namespace
 
@@ -128,7 +60,7 @@ int FastMeshCleaner::removeDuplicateVertices()
     remap.resize(count);
     live.clear();
     live.reserve(count / 4);
-    PointTable table(vertices);
+    qel::math::PointTable table;
 
     // Hashes are computed a block ahead so that the table slots can be fetched in advance.
     const std::size_t BLOCK = 32;
@@ -145,7 +77,8 @@ int FastMeshCleaner::removeDuplicateVertices()
             CVertexO& vertex = vertices[place];
             if (vertex.isDeleted())
                 continue;
-            const std::uint32_t first = table.findOrAdd(hashes[place - start], static_cast<std::uint32_t>(place));
+            const std::uint32_t first = table.findOrAdd(hashes[place - start], static_cast<std::uint32_t>(place),
+                [&](std::uint32_t other) { return samePoint(vertices[other].coord, vertex.coord); });
             if (first == place) {
                 live.push_back(first);
                 continue;

@@ -47,6 +47,57 @@ TEST_F(ReadersTest, StlBinaryAndAsciiGiveTheSameClosedBox)
     }
 }
 
+// Every corner written out as a vertex of its own, for the cleaning to merge.
+QByteArray objWithOwnCorners(const std::vector<StlTriangle>& triangles)
+{
+    QByteArray data;
+    for (const StlTriangle& t : triangles) {
+        for (int corner = 0; corner < 3; ++corner)
+            data += QByteArray("v ") + QByteArray::number(double(t[3 * corner]), 'g', 17) + ' '
+                    + QByteArray::number(double(t[3 * corner + 1]), 'g', 17) + ' '
+                    + QByteArray::number(double(t[3 * corner + 2]), 'g', 17) + '\n';
+    }
+    for (std::size_t face = 0; face < triangles.size(); ++face)
+        data += QStringLiteral("f %1 %2 %3\n").arg(3 * face + 1).arg(3 * face + 2).arg(3 * face + 3).toLatin1();
+    return data;
+}
+
+TEST_F(ReadersTest, StlCornersMergedWhileReadingGiveTheMeshTheCleaningWouldGive)
+{
+    std::vector<StlTriangle> triangles = boxTriangles(0, 0, 0, 2, 4, 6);
+    const float nextToOne = std::nextafter(1.0f, 2.0f);
+    // -0 and +0 compare equal and merge; points one bit apart stay apart; a triangle with
+    // two equal corners goes, and its corners with it.
+    triangles.push_back({-0.0f, 0.0f, 0.0f, 1.0f, 0.0f, 9.0f, nextToOne, 0.0f, 9.0f});
+    triangles.push_back({5.0f, 5.0f, 5.0f, 5.0f, 5.0f, 5.0f, 7.0f, 7.0f, 7.0f});
+    triangles.push_back({1.0f, 0.0f, 9.0f, 2.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f});
+
+    LogCapture log;
+    Result merged = load(write("mixed.stl", binaryStl(triangles)));
+    Result cleaned = load(write("mixed.obj", objWithOwnCorners(triangles)));
+    ASSERT_TRUE(merged.model && cleaned.model) << qPrintable(merged.error + cleaned.error);
+    EXPECT_TRUE(log.contains("Merged 33 repeated corners of 15 triangles into 12 vertices", 4000));
+    EXPECT_TRUE(log.contains("# Vertices: 12, # Faces: 15, # Triangles: 15", 4000));
+    EXPECT_TRUE(log.contains("Removed 33 duplicate and 2 unreferenced vertices", 4000));
+
+    const CMeshO& a = merged.model->cm;
+    const CMeshO& b = cleaned.model->cm;
+    ASSERT_EQ(b.vn, a.vn);
+    ASSERT_EQ(b.fn, a.fn);
+    EXPECT_EQ(10, a.vn);
+    EXPECT_EQ(14, a.fn);
+    for (std::size_t place = 0; place < a.vert.size(); ++place) {
+        EXPECT_EQ(b.vert[place].coord, a.vert[place].coord) << "vertex " << place;
+        EXPECT_EQ(b.vert[place].normal, a.vert[place].normal) << "vertex " << place;
+    }
+    for (std::size_t place = 0; place < a.face.size(); ++place) {
+        for (int corner = 0; corner < 3; ++corner)
+            EXPECT_EQ(b.face[place].v[corner] - b.vert.data(), a.face[place].v[corner] - a.vert.data());
+    }
+    EXPECT_EQ(b.bbox.min, a.bbox.min);
+    EXPECT_EQ(b.bbox.max, a.bbox.max);
+}
+
 TEST_F(ReadersTest, PlyAsciiKeepsVertexColorsAndFileNormals)
 {
     const QByteArray ply = "ply\nformat ascii 1.0\ncomment a square\nelement vertex 4\n"

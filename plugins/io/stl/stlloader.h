@@ -6,8 +6,9 @@ namespace qel {
 namespace io {
 namespace plugins {
 
-// Binary and ASCII STL. The triangles go straight into the mesh, three new vertices each;
-// the cleaning then merges the shared corners.
+// Binary and ASCII STL. STL writes every corner of every triangle out in full; the corners
+// are merged into shared vertices while reading, which spares the mesh five vertices in six
+// on a closed surface and gives the same cleaned mesh as merging them afterwards.
 class StlLoader : public FileLoader
 {
     Q_OBJECT

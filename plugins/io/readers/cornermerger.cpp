@@ -1,0 +1,77 @@
+#include "plugins/io/readers/cornermerger.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace qel {
+namespace io {
+namespace readers {
+
+namespace {
+
+// Corners hashed ahead of their lookups, so that the table slots can be fetched meanwhile.
+const std::size_t BLOCK = 32;
+const std::size_t MAX_CORNERS = std::numeric_limits<std::int32_t>::max();
+
+} // namespace
+
+CornerMerger::CornerMerger() : corners(0), tooLarge(false) {}
+
+void CornerMerger::expect(std::size_t triangles)
+{
+    if (3 * triangles > MAX_CORNERS)
+        return;
+    // A closed surface has about half as many points as triangles; a soup of separate
+    // triangles three times as many. Reserving only claims address space: pages are
+    // touched as the points come.
+    mesh.positions.reserve(9 * triangles);
+    mesh.faces.reserve(3 * triangles);
+    table = math::PointTable(triangles / 2);
+}
+
+void CornerMerger::add(const double* points, std::size_t triangles)
+{
+    if (tooLarge || corners + 3 * triangles > MAX_CORNERS) {
+        tooLarge = true;
+        return;
+    }
+    const std::size_t count = 3 * triangles;
+    std::uint32_t hashes[BLOCK];
+    for (std::size_t start = 0; start < count; start += BLOCK) {
+        const std::size_t end = std::min(count, start + BLOCK);
+        for (std::size_t corner = start; corner < end; ++corner) {
+            const double* point = points + 3 * corner;
+            hashes[corner - start] = math::PointHash::of(point[0], point[1], point[2]);
+            __builtin_prefetch(table.slotFor(hashes[corner - start]));
+        }
+        for (std::size_t corner = start; corner < end; ++corner)
+            mesh.faces.push_back(placeOf(points + 3 * corner, hashes[corner - start]));
+    }
+    corners += count;
+}
+
+std::uint32_t CornerMerger::placeOf(const double* point, std::uint32_t hash)
+{
+    const std::uint32_t next = static_cast<std::uint32_t>(mesh.vertexCount());
+    const double* stored = mesh.positions.data();
+    const std::uint32_t place = table.findOrAdd(hash, next, [&](std::uint32_t other) {
+        const double* candidate = stored + 3 * other;
+        return candidate[0] == point[0] && candidate[1] == point[1] && candidate[2] == point[2];
+    });
+    if (place == next)
+        mesh.positions.insert(mesh.positions.end(), point, point + 3);
+    return place;
+}
+
+void CornerMerger::takeMesh(RawMesh& target)
+{
+    target = std::move(mesh);
+    mesh = RawMesh();
+    table = math::PointTable();
+    corners = 0;
+    tooLarge = false;
+}
+
+} // namespace readers
+} // namespace io
+} // namespace qel
