@@ -60,7 +60,9 @@ int FastMeshCleaner::removeDuplicateVertices()
     remap.resize(count);
     live.clear();
     live.reserve(count / 4);
-    qel::math::PointTable table;
+    // Most meshes arrive with their points already distinct: room for all of them up front
+    // spares the table its growing, and a soup of separate triangles grows it at most twice.
+    qel::math::PointTable table(count / 2);
 
     // Hashes are computed a block ahead so that the table slots can be fetched in advance.
     const std::size_t BLOCK = 32;
@@ -90,6 +92,15 @@ int FastMeshCleaner::removeDuplicateVertices()
         }
     }
     liveKnown = true;
+    if (merged > 0)
+        rewriteCorners();
+    qel::scene::MeshCleaner::removeDegenerateFaces(mesh);
+    return merged;
+}
+
+void FastMeshCleaner::rewriteCorners()
+{
+    CVertexO* vertices = mesh.vert.data();
     for (CFaceO& face : mesh.face) {
         if (face.isDeleted())
             continue;
@@ -98,8 +109,6 @@ int FastMeshCleaner::removeDuplicateVertices()
                 face.v[corner] = vertices + remap[static_cast<std::size_t>(face.v[corner] - vertices)];
         }
     }
-    qel::scene::MeshCleaner::removeDegenerateFaces(mesh);
-    return merged;
 }
 
 int FastMeshCleaner::removeUnreferencedVertices()
@@ -140,10 +149,9 @@ int FastMeshCleaner::removeUnreferencedVertices()
 
 void FastMeshCleaner::compactVertices()
 {
-    if (static_cast<std::size_t>(mesh.vn) == mesh.vert.size()) {
-        mesh.vert.shrink_to_fit();
+    // Room beyond the vertices that was never used holds no memory: it stays.
+    if (static_cast<std::size_t>(mesh.vn) == mesh.vert.size())
         return;
-    }
     if (!liveKnown)
         collectLiveVertices();
     // Corners that will have no vertex become null while the pointers still lead somewhere.

@@ -33,6 +33,8 @@ public:
 
 private:
     void collectLiveVertices();
+    // Sends the corners of live faces to the survivors of the duplicate search.
+    void rewriteCorners();
     // Shrinks the vertex storage to its size.
     void releaseSpareStorage();
 

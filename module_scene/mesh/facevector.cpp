@@ -1,5 +1,7 @@
 #include "module_scene/mesh/facevector.h"
 
+#include <utility>
+
 namespace qel {
 namespace scene {
 
@@ -115,6 +117,27 @@ void FaceVector::enableWedgeTexCoord()
 void FaceVector::disableWedgeTexCoord()
 {
     releaseArray(wedgeEnabled, wedgeArray);
+}
+
+void FaceVector::swap(FaceVector& other)
+{
+    faces.swap(other.faces);
+    std::swap(colorEnabled, other.colorEnabled);
+    std::swap(markEnabled, other.markEnabled);
+    std::swap(auxEnabled, other.auxEnabled);
+    std::swap(vertexFaceEnabled, other.vertexFaceEnabled);
+    std::swap(faceFaceEnabled, other.faceFaceEnabled);
+    std::swap(wedgeEnabled, other.wedgeEnabled);
+    colorArray.swap(other.colorArray);
+    markArray.swap(other.markArray);
+    auxArray.swap(other.auxArray);
+    vertexFaceArray.swap(other.vertexFaceArray);
+    faceFaceArray.swap(other.faceFaceArray);
+    wedgeArray.swap(other.wedgeArray);
+    for (CFaceO& face : faces)
+        face.container = this;
+    for (CFaceO& face : other.faces)
+        face.container = &other;
 }
 
 void FaceVector::moveFace(std::size_t from, std::size_t to)

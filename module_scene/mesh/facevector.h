@@ -80,6 +80,10 @@ public:
     std::vector<WedgeTexCoords>& wedgeTexCoords() { return wedgeArray; }
     const std::vector<WedgeTexCoords>& wedgeTexCoords() const { return wedgeArray; }
 
+    // Exchanges all faces and optional arrays, enabled or not, with another vector. The faces
+    // keep their addresses, so pointers to them stay valid; they learn their new container.
+    void swap(FaceVector& other);
+
     // Moves the face at place `from` with its optional entries to place `to` (compaction).
     void moveFace(std::size_t from, std::size_t to);
 

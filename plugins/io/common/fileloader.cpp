@@ -100,13 +100,21 @@ bool FileLoader::buildMesh(readers::RawMesh& raw)
         mask |= MeshModel::FACE_COLOR;
 
     mesh = new MeshModel;
-    mesh->Enable(mask);
     CMeshO& cm = mesh->cm;
-    cm.vert.reserve(vertices);
-    cm.face.reserve(faces);
-    MeshAllocator::addVertices(cm, vertices);
-    for (std::size_t place = 0; place < vertices; ++place) {
-        CVertexO& vertex = cm.vert[place];
+    if (!prepared.takeFaces(cm, faces)) {
+        cm.face.reserve(faces);
+        MeshAllocator::addFaces(cm, faces);
+    }
+    mesh->Enable(mask);
+    fillVertices(cm, raw);
+    fillFaces(cm, raw);
+    return finishMesh(mask);
+}
+
+void FileLoader::fillVertices(CMeshO& cm, readers::RawMesh& raw)
+{
+    const std::size_t vertices = raw.vertexCount();
+    auto fill = [&raw](CVertexO& vertex, std::size_t place) {
         const double* position = &raw.positions[3 * place];
         vertex.coord = CVertexO::Point(position[0], position[1], position[2]);
         if (raw.hasNormals()) {
@@ -117,12 +125,25 @@ bool FileLoader::buildMesh(readers::RawMesh& raw)
             const std::uint8_t* color = &raw.colors[4 * place];
             vertex.color = Color4b::fromRgba(color[0], color[1], color[2], color[3]);
         }
+    };
+    if (prepared.takeVertices(cm, vertices)) {
+        for (std::size_t place = 0; place < vertices; ++place)
+            fill(cm.vert[place], place);
+    } else {
+        // Each vertex is made and filled in one go, while its memory is at hand.
+        cm.vert.reserve(vertices);
+        for (std::size_t place = 0; place < vertices; ++place)
+            fill(cm.vert.emplace_back(), place);
+        cm.vn = static_cast<int>(vertices);
     }
     release(raw.positions);
     release(raw.normals);
     release(raw.colors);
+}
 
-    MeshAllocator::addFaces(cm, faces);
+void FileLoader::fillFaces(CMeshO& cm, readers::RawMesh& raw)
+{
+    const std::size_t faces = raw.faceCount();
     CVertexO* base = cm.vert.data();
     for (std::size_t place = 0; place < faces; ++place) {
         qel::scene::CFaceO& face = cm.face[place];
@@ -137,7 +158,12 @@ bool FileLoader::buildMesh(readers::RawMesh& raw)
     }
     release(raw.faces);
     release(raw.faceColors);
-    return finishMesh(mask);
+}
+
+void FileLoader::prepareStorage(std::size_t faces, std::size_t vertices)
+{
+    // Room for an eighth more vertices than expected, so that a near guess needs no new block.
+    prepared.start(faces, vertices, vertices + vertices / 8);
 }
 
 bool FileLoader::finishMesh(int mask)

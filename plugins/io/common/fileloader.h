@@ -1,7 +1,10 @@
 #pragma once
 
 #include "module_scene/io/loader.h"
+#include "plugins/io/common/preparedstorage.h"
 #include "plugins/io/readers/readmonitor.h"
+
+#include <cstddef>
 
 class QFile;
 
@@ -40,9 +43,19 @@ protected:
     // Creates the mesh from the arrays, which are emptied on the way to spare memory. An
     // abort up to here fails the load; no mesh is made then.
     bool buildMesh(readers::RawMesh& raw);
+    // Starts making the storage of a mesh of that many faces and about that many vertices
+    // on another core while the file is still being read; buildMesh takes what fits.
+    void prepareStorage(std::size_t faces, std::size_t vertices);
     // The steps after the mesh is filled: processMesh, the adjacency bits it built, busy
     // cleared. The cleaning runs to its end even if the load is aborted meanwhile.
     bool finishMesh(int mask);
+
+private:
+    // Fill the mesh from the arrays, which are emptied on the way.
+    void fillVertices(qel::scene::CMeshO& mesh, readers::RawMesh& raw);
+    void fillFaces(qel::scene::CMeshO& mesh, readers::RawMesh& raw);
+
+    PreparedStorage prepared;
 };
 
 } // namespace plugins

@@ -10,6 +10,27 @@ namespace qel {
 namespace io {
 namespace plugins {
 
+namespace {
+
+// Binary STL tells its triangle count up front: the mesh storage is made while the corners
+// merge. A closed surface has about half as many vertices as triangles.
+class PreparingMerger : public readers::CornerMerger
+{
+public:
+    explicit PreparingMerger(StlLoader& loader) : loader(loader) {}
+
+    void expect(std::size_t triangles) override
+    {
+        readers::CornerMerger::expect(triangles);
+        loader.prepareStorage(triangles, triangles / 2);
+    }
+
+private:
+    StlLoader& loader;
+};
+
+} // namespace
+
 scene::Loader* StlLoader::create()
 {
     return new StlLoader;
@@ -24,7 +45,7 @@ bool StlLoader::readFile(QFile& file)
 {
     readers::ReadMonitor monitor(file.size(), monitorCallback());
     readers::StlParser parser(&monitor);
-    readers::CornerMerger merger;
+    PreparingMerger merger(*this);
     if (!parser.parse(file, merger))
         return failParse(parser);
     if (merger.isTooLarge())

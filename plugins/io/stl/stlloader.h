@@ -16,6 +16,8 @@ class StlLoader : public FileLoader
 public:
     static scene::Loader* create();
 
+    using FileLoader::prepareStorage;
+
 protected:
     bool readFile(QFile& file) override;
     bool checkHead(const QByteArray& head) const override;
