@@ -245,3 +245,34 @@ TEST(MeshAllocator, CopyPointsIntoTheCopyOnly)
     for (const CVertexO& vertex : copy.vert)
         EXPECT_TRUE(copy.face.owns(vertex.vfFace));
 }
+
+// A face vector made elsewhere (by a loader, on another thread) is swapped into a mesh: the
+// faces keep their addresses, so links stay valid, and each side's faces know their vector.
+TEST(FaceVector, SwapExchangesFacesArraysAndContainers)
+{
+    CMeshO mesh;
+    buildFan(mesh);
+    mesh.face.enableColor();
+    mesh.face.colors()[1] = Color4b::fromRgba(1, 2, 3, 4);
+    const CFaceO* firstFace = mesh.face.data();
+    const std::size_t faces = mesh.face.size();
+
+    qel::scene::FaceVector made;
+    made.resize(5);
+    made.enableFaceFace();
+    made.faceFaceLinks()[4].face[0] = &made[2];
+    mesh.face.swap(made);
+
+    ASSERT_EQ(5u, mesh.face.size());
+    EXPECT_TRUE(mesh.face.isFaceFaceEnabled());
+    EXPECT_FALSE(mesh.face.isColorEnabled());
+    EXPECT_EQ(&mesh.face[2], mesh.face.faceFaceLinks()[4].face[0]);
+    for (const CFaceO& face : mesh.face)
+        EXPECT_EQ(&mesh.face, face.container);
+
+    ASSERT_EQ(faces, made.size());
+    EXPECT_EQ(firstFace, made.data());
+    EXPECT_TRUE(made.isColorEnabled());
+    EXPECT_FALSE(made.isFaceFaceEnabled());
+    EXPECT_EQ(Color4b::fromRgba(1, 2, 3, 4), made[1].color());
+}

@@ -90,9 +90,17 @@ TEST_F(ReadersTest, StlCornersMergedWhileReadingGiveTheMeshTheCleaningWouldGive)
         EXPECT_EQ(b.vert[place].coord, a.vert[place].coord) << "vertex " << place;
         EXPECT_EQ(b.vert[place].normal, a.vert[place].normal) << "vertex " << place;
     }
+    // The STL's storage was made beside the reading; the links must come out the same.
+    auto placeOf = [](const CMeshO& mesh, const scene::CFaceO* face) { return face ? face - mesh.face.data() : -1; };
     for (std::size_t place = 0; place < a.face.size(); ++place) {
-        for (int corner = 0; corner < 3; ++corner)
+        EXPECT_EQ(&a.face, a.face[place].container);
+        for (int corner = 0; corner < 3; ++corner) {
             EXPECT_EQ(b.face[place].v[corner] - b.vert.data(), a.face[place].v[corner] - a.vert.data());
+            EXPECT_EQ(placeOf(b, b.face.faceFaceLinks()[place].face[corner]),
+                      placeOf(a, a.face.faceFaceLinks()[place].face[corner]));
+            EXPECT_EQ(placeOf(b, b.face.vertexFaceLinks()[place].face[corner]),
+                      placeOf(a, a.face.vertexFaceLinks()[place].face[corner]));
+        }
     }
     EXPECT_EQ(b.bbox.min, a.bbox.min);
     EXPECT_EQ(b.bbox.max, a.bbox.max);

@@ -13,8 +13,6 @@ void PreparedStorage::start(std::size_t faces, std::size_t vertices, std::size_t
     pending = std::async(std::launch::async, [faces, vertices, vertexRoom] {
         std::unique_ptr<Storage> made(new Storage);
         made->faces.resize(faces);
-        made->faces.enableFaceFace();
-        made->faces.enableVertexFace();
         made->vertices.reserve(vertexRoom);
         made->vertices.resize(vertices);
         return made;

@@ -21,8 +21,7 @@ public:
     // Waits for a storage still in the making.
     ~PreparedStorage();
 
-    // Starts making `faces` faces with the adjacency arrays that the cleaning fills, and
-    // `vertices` default vertices with room for `vertexRoom`.
+    // Starts making `faces` faces and `vertices` default vertices with room for `vertexRoom`.
     void start(std::size_t faces, std::size_t vertices, std::size_t vertexRoom);
 
     // Hands the faces to the empty face vector of the mesh if there are exactly `faces`.
