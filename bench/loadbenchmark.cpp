@@ -21,6 +21,9 @@
 #include <cstring>
 #include <memory>
 #include <vector>
+#if defined(Q_OS_UNIX)
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -88,6 +91,11 @@ public:
             }
         }
         file.write(chunk);
+        // On disk before anything is timed, so that no write-back runs beside the reads.
+        file.flush();
+#if defined(Q_OS_UNIX)
+        ::fsync(file.handle());
+#endif
         return file.error() == QFile::NoError;
     }
 

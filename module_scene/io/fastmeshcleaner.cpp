@@ -23,6 +23,9 @@ using qel::scene::CVertexO;
 
 namespace {
 
+// How many lookups ahead a table slot is fetched: far enough to arrive in time.
+const std::size_t PREFETCH_DISTANCE = 64;
+
 std::uint32_t hashOf(const CVertexO::Point& point)
 {
     return qel::math::PointHash::of(point[0], point[1], point[2]);
@@ -61,35 +64,33 @@ int FastMeshCleaner::removeDuplicateVertices()
     live.clear();
     live.reserve(count / 4);
     // Most meshes arrive with their points already distinct: room for all of them up front
-    // spares the table its growing, and a soup of separate triangles grows it at most twice.
-    qel::math::PointTable table(count / 2);
+    // spares the table its growing.
+    qel::math::PointTable table(count);
 
-    // Hashes are computed a block ahead so that the table slots can be fetched in advance.
-    const std::size_t BLOCK = 32;
-    std::uint32_t hashes[BLOCK];
+    // All hashes first, kept where the map goes, so that each table slot can be fetched well
+    // ahead of its lookup; the lookups then turn them into the map.
+    for (std::size_t place = 0; place < count; ++place)
+        remap[place] = hashOf(vertices[place].coord);
     int merged = 0;
-    for (std::size_t start = 0; start < count; start += BLOCK) {
-        const std::size_t end = std::min(count, start + BLOCK);
-        for (std::size_t place = start; place < end; ++place) {
-            hashes[place - start] = hashOf(vertices[place].coord);
-            __builtin_prefetch(table.slotFor(hashes[place - start]));
+    for (std::size_t place = 0; place < count; ++place) {
+        if (place + PREFETCH_DISTANCE < count)
+            __builtin_prefetch(table.slotFor(remap[place + PREFETCH_DISTANCE]));
+        const std::uint32_t hash = remap[place];
+        remap[place] = static_cast<std::uint32_t>(place);
+        CVertexO& vertex = vertices[place];
+        if (vertex.isDeleted())
+            continue;
+        const std::uint32_t first = table.findOrAdd(hash, static_cast<std::uint32_t>(place), [&](std::uint32_t other) {
+            return samePoint(vertices[other].coord, vertex.coord);
+        });
+        if (first == place) {
+            live.push_back(first);
+            continue;
         }
-        for (std::size_t place = start; place < end; ++place) {
-            remap[place] = static_cast<std::uint32_t>(place);
-            CVertexO& vertex = vertices[place];
-            if (vertex.isDeleted())
-                continue;
-            const std::uint32_t first = table.findOrAdd(hashes[place - start], static_cast<std::uint32_t>(place),
-                [&](std::uint32_t other) { return samePoint(vertices[other].coord, vertex.coord); });
-            if (first == place) {
-                live.push_back(first);
-                continue;
-            }
-            remap[place] = first;
-            vertex.setDeleted();
-            --mesh.vn;
-            ++merged;
-        }
+        remap[place] = first;
+        vertex.setDeleted();
+        --mesh.vn;
+        ++merged;
     }
     liveKnown = true;
     if (merged > 0)

@@ -129,11 +129,16 @@ void Loader::processMesh(int mask)
     qel::scene::MeshAllocator::compactFaces(cm);
     logStep(96, QStringLiteral("# Faces after cleaning: %1/%2").arg(cm.face.size()).arg(cm.fn));
 
-    // The face-face links depend on nothing but the corners of the faces, which no step from
-    // here on changes: they are built on a second core while the normals and the box are
-    // computed, and are waited for at the topology step. Both sides write different members.
-    std::future<void> faceFace =
-        std::async(std::launch::async, [&cm] { qel::scene::MeshTopology::buildFaceFace(cm); });
+    // The topology depends on nothing but the corners of the faces, which no step from here
+    // on changes. A second core builds the face-face links of the lower half of the vertices
+    // and then the vertex-face lists while this one computes the normals and the box, and
+    // builds the other half of the links at the topology step. The two sides write
+    // different members, and different links.
+    const std::size_t half = cm.vert.size() / 2;
+    std::future<void> topology = std::async(std::launch::async, [&cm, half] {
+        qel::scene::MeshTopology::buildFaceFace(cm, 0, half);
+        qel::scene::MeshTopology::buildVertexFace(cm);
+    });
 
     step(85, QT_TR_NOOP("Updating Normals"));
     logStep(100, QStringLiteral("Updating Normals"));
@@ -153,8 +158,8 @@ void Loader::processMesh(int mask)
 
     step(93, QT_TR_NOOP("Updating Topology"));
     logStep(118, QStringLiteral("Updating Topology"));
-    qel::scene::MeshTopology::buildVertexFace(cm);
-    faceFace.get();
+    qel::scene::MeshTopology::buildFaceFace(cm, half, cm.vert.size());
+    topology.get();
 
     step(95, QT_TR_NOOP("Moving to center"));
     logStep(124, QStringLiteral("Moving to center (%1, %2, %3)").arg(number(center[0]), number(center[1]), number(center[2])));

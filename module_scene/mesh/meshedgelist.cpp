@@ -34,8 +34,11 @@ bool edgeLess(const MeshEdgeList::Edge& a, const MeshEdgeList::Edge& b)
 
 } // namespace
 
-MeshEdgeList::MeshEdgeList(const CMeshO& mesh)
+MeshEdgeList::MeshEdgeList(const CMeshO& mesh) : MeshEdgeList(mesh, 0, mesh.vert.size()) {}
+
+MeshEdgeList::MeshEdgeList(const CMeshO& mesh, std::size_t firstLower, std::size_t endLower) : firstLower(firstLower)
 {
+    bucketStart.assign(endLower - firstLower + 1, 0);
     countEdges(mesh);
     scatterEdges(mesh);
     sortBuckets();
@@ -43,13 +46,15 @@ MeshEdgeList::MeshEdgeList(const CMeshO& mesh)
 
 void MeshEdgeList::countEdges(const CMeshO& mesh)
 {
-    bucketStart.assign(mesh.vert.size() + 1, 0);
     const CVertexO* base = mesh.vert.data();
     for (const CFaceO& face : mesh.face) {
         if (!isListed(face))
             continue;
-        for (int edge = 0; edge < 3; ++edge)
-            ++bucketStart[edgeEnds(face, edge, base).lower + 1];
+        for (int edge = 0; edge < 3; ++edge) {
+            const std::uint32_t lower = edgeEnds(face, edge, base).lower;
+            if (inRange(lower))
+                ++bucketStart[lower - firstLower + 1];
+        }
     }
     for (std::size_t lower = 1; lower < bucketStart.size(); ++lower)
         bucketStart[lower] += bucketStart[lower - 1];
@@ -66,7 +71,8 @@ void MeshEdgeList::scatterEdges(const CMeshO& mesh)
             continue;
         for (int edge = 0; edge < 3; ++edge) {
             const EdgeEnds ends = edgeEnds(face, edge, base);
-            edges[next[ends.lower]++] = Edge{ends.upper, static_cast<std::uint32_t>(place * 3 + edge)};
+            if (inRange(ends.lower))
+                edges[next[ends.lower - firstLower]++] = Edge{ends.upper, static_cast<std::uint32_t>(place * 3 + edge)};
         }
     }
 }

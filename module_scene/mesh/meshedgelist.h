@@ -28,6 +28,9 @@ public:
     };
 
     explicit MeshEdgeList(const CMeshO& mesh);
+    // Only the edges whose lower vertex has a place in [firstLower, endLower): the lists of
+    // ranges that part the vertices hold each edge once, so they can be built side by side.
+    MeshEdgeList(const CMeshO& mesh, std::size_t firstLower, std::size_t endLower);
 
     // Calls visit(const Edge* first, std::size_t count) once for each group of edges that join
     // the same two vertices, in sorted order. A group of one is a border edge.
@@ -50,11 +53,13 @@ public:
     std::size_t size() const { return edges.size(); }
 
 private:
+    bool inRange(std::uint32_t lower) const { return lower - firstLower < bucketStart.size() - 1; }
     void countEdges(const CMeshO& mesh);
     void scatterEdges(const CMeshO& mesh);
     void sortBuckets();
 
-    // Where the edges of each lower vertex start; one more entry than vertices.
+    std::size_t firstLower;
+    // Where the edges of each lower vertex of the range start; one more entry than vertices.
     std::vector<std::uint32_t> bucketStart;
     std::vector<Edge> edges;
 };

@@ -41,28 +41,29 @@ void MeshNormals::updateRawFaceNormals(CMeshO& mesh)
     }
 }
 
+// One pass over the faces: each raw normal goes to the corners before the face's own copy
+// is normalised. The sums come out as with separate passes: same faces, same order.
 void MeshNormals::updateVertexAndFaceNormals(CMeshO& mesh)
 {
-    updateRawFaceNormals(mesh);
     for (CVertexO& vertex : mesh.vert) {
         if (takesFaceNormals(vertex))
             vertex.normal = CVertexO::Point();
     }
-    for (const CFaceO& face : mesh.face) {
-        if (!isUsable(face) || face.hasFlag(CFaceO::NO_VERTEX_NORMAL))
+    for (CFaceO& face : mesh.face) {
+        if (!isUsable(face))
             continue;
-        for (int corner = 0; corner < 3; ++corner) {
-            if (takesFaceNormals(*face.v[corner]))
-                face.v[corner]->normal += face.normal;
+        face.normal = rawNormal(face);
+        if (!face.hasFlag(CFaceO::NO_VERTEX_NORMAL)) {
+            for (int corner = 0; corner < 3; ++corner) {
+                if (takesFaceNormals(*face.v[corner]))
+                    face.v[corner]->normal += face.normal;
+            }
         }
+        face.normal.normalize();
     }
     for (CVertexO& vertex : mesh.vert) {
         if (takesFaceNormals(vertex))
             vertex.normal.normalize();
-    }
-    for (CFaceO& face : mesh.face) {
-        if (isUsable(face))
-            face.normal.normalize();
     }
 }
 

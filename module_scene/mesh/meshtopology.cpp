@@ -19,10 +19,15 @@ void link(FaceVector& faces, const MeshEdgeList::Edge& from, const MeshEdgeList:
 
 void MeshTopology::buildFaceFace(CMeshO& mesh)
 {
+    if (!mesh.face.isFaceFaceEnabled())
+        mesh.face.enableFaceFace();
+    buildFaceFace(mesh, 0, mesh.vert.size());
+}
+
+void MeshTopology::buildFaceFace(CMeshO& mesh, std::size_t firstVertex, std::size_t endVertex)
+{
     FaceVector& faces = mesh.face;
-    if (!faces.isFaceFaceEnabled())
-        faces.enableFaceFace();
-    const MeshEdgeList edges(mesh);
+    const MeshEdgeList edges(mesh, firstVertex, endVertex);
     edges.forEachTwinGroup([&faces](const MeshEdgeList::Edge* group, std::size_t count) {
         for (std::size_t member = 0; member < count; ++member)
             link(faces, group[member], group[(member + 1) % count]);

@@ -38,6 +38,17 @@ struct NormalMatrix
         }
     }
 
+    bool isIdentity() const
+    {
+        for (int row = 0; row < 3; ++row) {
+            for (int col = 0; col < 3; ++col) {
+                if (values[row][col] != (row == col ? 1.0 : 0.0))
+                    return false;
+            }
+        }
+        return true;
+    }
+
     Point operator*(const Point& n) const
     {
         Point result;
@@ -52,12 +63,17 @@ struct NormalMatrix
 void MeshTransform::apply(CMeshO& mesh, const Matrix& matrix)
 {
     const NormalMatrix normalMatrix(matrix);
+    // A move leaves the normals as they are; a large mesh is spared touching them.
+    const bool normalsChange = !normalMatrix.isIdentity();
     for (CVertexO& vertex : mesh.vert) {
         if (vertex.isDeleted())
             continue;
         vertex.coord = transformPoint(matrix, vertex.coord);
-        vertex.normal = normalMatrix * vertex.normal;
+        if (normalsChange)
+            vertex.normal = normalMatrix * vertex.normal;
     }
+    if (!normalsChange)
+        return;
     for (CFaceO& face : mesh.face) {
         if (!face.isDeleted())
             face.normal = normalMatrix * face.normal;

@@ -9,8 +9,9 @@ namespace readers {
 
 namespace {
 
-// Corners hashed ahead of their lookups, so that the table slots can be fetched meanwhile.
-const std::size_t BLOCK = 32;
+// The table slot of a corner is fetched this many lookups ahead: far enough to arrive in
+// time (measured best between 64 and 128), near enough to stay in the cache.
+const std::size_t PREFETCH_DISTANCE = 64;
 const std::size_t MAX_CORNERS = std::numeric_limits<std::int32_t>::max();
 
 } // namespace
@@ -36,16 +37,15 @@ void CornerMerger::add(const double* points, std::size_t triangles)
         return;
     }
     const std::size_t count = 3 * triangles;
-    std::uint32_t hashes[BLOCK];
-    for (std::size_t start = 0; start < count; start += BLOCK) {
-        const std::size_t end = std::min(count, start + BLOCK);
-        for (std::size_t corner = start; corner < end; ++corner) {
-            const double* point = points + 3 * corner;
-            hashes[corner - start] = math::PointHash::of(point[0], point[1], point[2]);
-            __builtin_prefetch(table.slotFor(hashes[corner - start]));
-        }
-        for (std::size_t corner = start; corner < end; ++corner)
-            mesh.faces.push_back(placeOf(points + 3 * corner, hashes[corner - start]));
+    hashes.resize(count);
+    for (std::size_t corner = 0; corner < count; ++corner) {
+        const double* point = points + 3 * corner;
+        hashes[corner] = math::PointHash::of(point[0], point[1], point[2]);
+    }
+    for (std::size_t corner = 0; corner < count; ++corner) {
+        if (corner + PREFETCH_DISTANCE < count)
+            __builtin_prefetch(table.slotFor(hashes[corner + PREFETCH_DISTANCE]));
+        mesh.faces.push_back(placeOf(points + 3 * corner, hashes[corner]));
     }
     corners += count;
 }

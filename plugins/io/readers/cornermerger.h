@@ -5,6 +5,8 @@
 #include "plugins/io/readers/stlparser.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace qel {
 namespace io {
@@ -36,6 +38,8 @@ private:
 
     RawMesh mesh;
     math::PointTable table;
+    // Of the corners of the batch at hand.
+    std::vector<std::uint32_t> hashes;
     std::size_t corners;
     bool tooLarge;
 };
