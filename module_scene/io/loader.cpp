@@ -2,6 +2,7 @@
 
 #include "kernel/log/logger.h"
 #include "kernel/math/matrix.h"
+#include "kernel/util/concurrenttask.h"
 #include "module_scene/io/fastmeshcleaner.h"
 #include "module_scene/mesh/meshallocator.h"
 #include "module_scene/mesh/meshbounds.h"
@@ -11,7 +12,6 @@
 #include "module_scene/meshmodel.h"
 
 #include <algorithm>
-#include <future>
 
 namespace qel {
 namespace io {
@@ -113,7 +113,7 @@ void Loader::processMesh(int mask)
     // The arrays of the topology are made on a second core meanwhile: on a large mesh their
     // fresh memory costs about as much as the cleaning. They are members of the face vector
     // apart from the faces, which are all that the cleaning works on.
-    std::future<void> adjacencyArrays = std::async(std::launch::async, [&cm] { enableAdjacencyArrays(cm.face); });
+    std::future<void> adjacencyArrays = qel::util::ConcurrentTask::start([&cm] { enableAdjacencyArrays(cm.face); });
     FastMeshCleaner cleaner(cm);
     const int duplicates = cleaner.removeDuplicateVertices();
     const int unreferenced = cleaner.removeUnreferencedVertices();
@@ -135,7 +135,7 @@ void Loader::processMesh(int mask)
     // builds the other half of the links at the topology step. The two sides write
     // different members, and different links.
     const std::size_t half = cm.vert.size() / 2;
-    std::future<void> topology = std::async(std::launch::async, [&cm, half] {
+    std::future<void> topology = qel::util::ConcurrentTask::start([&cm, half] {
         qel::scene::MeshTopology::buildFaceFace(cm, 0, half);
         qel::scene::MeshTopology::buildVertexFace(cm);
     });

@@ -198,3 +198,32 @@ TEST(MeshTopology, VertexFaceChainsPutTheLastFaceFirst)
     EXPECT_EQ(&mesh.face[3], centre.vfFace);
     EXPECT_EQ(&mesh.face[1], mesh.face.vertexFaceLinks()[3].face[0]);
 }
+
+// Links built for parts of the vertices, in any order, are those built for all at once.
+TEST(MeshTopology, FaceFaceLinksOfVertexRangesMakeTheWhole)
+{
+    CMeshO whole;
+    buildCube(whole);
+    whole.face[3].setDeleted();
+    MeshTopology::buildFaceFace(whole);
+    const std::size_t vertices = whole.vert.size();
+    for (std::size_t split = 0; split <= vertices; ++split) {
+        CMeshO parts;
+        buildCube(parts);
+        parts.face[3].setDeleted();
+        parts.face.enableFaceFace();
+        MeshTopology::buildFaceFace(parts, split, vertices);
+        MeshTopology::buildFaceFace(parts, 0, split);
+        for (std::size_t place = 0; place < whole.face.size(); ++place) {
+            for (int edge = 0; edge < 3; ++edge) {
+                const FaceLinks& expected = faceFace(whole, place);
+                const FaceLinks& actual = faceFace(parts, place);
+                const CFaceO* expectedFace = expected.face[edge];
+                ASSERT_EQ(expectedFace ? expectedFace - whole.face.data() : -1,
+                          actual.face[edge] ? actual.face[edge] - parts.face.data() : -1)
+                    << "split " << split << " face " << place << " edge " << edge;
+                ASSERT_EQ(expected.index[edge], actual.index[edge]);
+            }
+        }
+    }
+}

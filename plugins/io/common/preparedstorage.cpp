@@ -1,5 +1,7 @@
 #include "plugins/io/common/preparedstorage.h"
 
+#include "kernel/util/concurrenttask.h"
+
 namespace qel {
 namespace io {
 namespace plugins {
@@ -10,7 +12,7 @@ PreparedStorage::~PreparedStorage() = default;
 
 void PreparedStorage::start(std::size_t faces, std::size_t vertices, std::size_t vertexRoom)
 {
-    pending = std::async(std::launch::async, [faces, vertices, vertexRoom] {
+    pending = qel::util::ConcurrentTask::start([faces, vertices, vertexRoom] {
         std::unique_ptr<Storage> made(new Storage);
         made->faces.resize(faces);
         made->vertices.reserve(vertexRoom);
