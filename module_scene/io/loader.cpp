@@ -113,7 +113,7 @@ void Loader::processMesh(int mask)
     // The arrays of the topology are made on a second core meanwhile: on a large mesh their
     // fresh memory costs about as much as the cleaning. They are members of the face vector
     // apart from the faces, which are all that the cleaning works on.
-    std::future<void> adjacencyArrays = qel::util::ConcurrentTask::start([&cm] { enableAdjacencyArrays(cm.face); });
+    qel::util::ConcurrentTask<void> adjacencyArrays([&cm] { enableAdjacencyArrays(cm.face); });
     FastMeshCleaner cleaner(cm);
     const int duplicates = cleaner.removeDuplicateVertices();
     const int unreferenced = cleaner.removeUnreferencedVertices();
@@ -135,7 +135,7 @@ void Loader::processMesh(int mask)
     // builds the other half of the links at the topology step. The two sides write
     // different members, and different links.
     const std::size_t half = cm.vert.size() / 2;
-    std::future<void> topology = qel::util::ConcurrentTask::start([&cm, half] {
+    qel::util::ConcurrentTask<void> topology([&cm, half] {
         qel::scene::MeshTopology::buildFaceFace(cm, 0, half);
         qel::scene::MeshTopology::buildVertexFace(cm);
     });

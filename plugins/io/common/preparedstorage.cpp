@@ -1,6 +1,5 @@
 #include "plugins/io/common/preparedstorage.h"
 
-#include "kernel/util/concurrenttask.h"
 
 namespace qel {
 namespace io {
@@ -12,19 +11,21 @@ PreparedStorage::~PreparedStorage() = default;
 
 void PreparedStorage::start(std::size_t faces, std::size_t vertices, std::size_t vertexRoom)
 {
-    pending = qel::util::ConcurrentTask::start([faces, vertices, vertexRoom] {
+    pending.reset(new qel::util::ConcurrentTask<std::unique_ptr<Storage>>([faces, vertices, vertexRoom] {
         std::unique_ptr<Storage> made(new Storage);
         made->faces.resize(faces);
         made->vertices.reserve(vertexRoom);
         made->vertices.resize(vertices);
         return made;
-    });
+    }));
 }
 
 PreparedStorage::Storage* PreparedStorage::ready()
 {
-    if (pending.valid())
-        storage = pending.get();
+    if (pending) {
+        storage = pending->get();
+        pending.reset();
+    }
     return storage.get();
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "kernel/util/concurrenttask.h"
 #include "module_scene/mesh/cmesho.h"
 #include "module_scene/mesh/facevector.h"
 
 #include <cstddef>
-#include <future>
 #include <memory>
 
 namespace qel {
@@ -38,7 +38,7 @@ private:
 
     Storage* ready();
 
-    std::future<std::unique_ptr<Storage>> pending;
+    std::unique_ptr<util::ConcurrentTask<std::unique_ptr<Storage>>> pending;
     std::unique_ptr<Storage> storage;
 };
 
