@@ -62,7 +62,73 @@ QByteArray objWithOwnCorners(const std::vector<StlTriangle>& triangles)
     return data;
 }
 
-TEST_F(ReadersTest, StlCornersMergedWhileReadingGiveTheMeshTheCleaningWouldGive)
+// A torus of rings x segments grid points, two triangles per grid square: as many points
+// as half its triangles, the count a loader expects of a closed surface.
+std::vector<StlTriangle> torusTriangles(int rings, int segments)
+{
+    auto point = [&](int ring, int segment, float* out) {
+        const double u = 2.0 * M_PI * (ring % rings) / rings;
+        const double v = 2.0 * M_PI * (segment % segments) / segments;
+        out[0] = static_cast<float>((3.0 + std::cos(v)) * std::cos(u));
+        out[1] = static_cast<float>((3.0 + std::cos(v)) * std::sin(u));
+        out[2] = static_cast<float>(std::sin(v));
+    };
+    std::vector<StlTriangle> triangles;
+    for (int ring = 0; ring < rings; ++ring) {
+        for (int segment = 0; segment < segments; ++segment) {
+            StlTriangle first, second;
+            point(ring, segment, &first[0]);
+            point(ring + 1, segment, &first[3]);
+            point(ring + 1, segment + 1, &first[6]);
+            point(ring, segment, &second[0]);
+            point(ring + 1, segment + 1, &second[3]);
+            point(ring, segment + 1, &second[6]);
+            triangles.push_back(first);
+            triangles.push_back(second);
+        }
+    }
+    return triangles;
+}
+
+class StlMergeTest : public ReadersTest
+{
+protected:
+    // Loads the triangles as binary STL, whose reader merges the corners, and as OBJ with a
+    // vertex for every corner, which the cleaning merges: the meshes must be the same.
+    void expectSameMeshes(const std::vector<StlTriangle>& triangles)
+    {
+        merged = load(write("merged.stl", binaryStl(triangles)));
+        cleaned = load(write("cleaned.obj", objWithOwnCorners(triangles)));
+        ASSERT_TRUE(merged.model && cleaned.model) << qPrintable(merged.error + cleaned.error);
+        const CMeshO& a = merged.model->cm;
+        const CMeshO& b = cleaned.model->cm;
+        ASSERT_EQ(b.vn, a.vn);
+        ASSERT_EQ(b.fn, a.fn);
+        for (std::size_t place = 0; place < a.vert.size(); ++place) {
+            EXPECT_EQ(b.vert[place].coord, a.vert[place].coord) << "vertex " << place;
+            EXPECT_EQ(b.vert[place].normal, a.vert[place].normal) << "vertex " << place;
+        }
+        // The STL's storage was made beside the reading; the links must come out the same.
+        auto placeOf = [](const CMeshO& mesh, const scene::CFaceO* face) { return face ? face - mesh.face.data() : -1; };
+        for (std::size_t place = 0; place < a.face.size(); ++place) {
+            EXPECT_EQ(&a.face, a.face[place].container);
+            for (int corner = 0; corner < 3; ++corner) {
+                EXPECT_EQ(b.face[place].v[corner] - b.vert.data(), a.face[place].v[corner] - a.vert.data());
+                EXPECT_EQ(placeOf(b, b.face.faceFaceLinks()[place].face[corner]),
+                          placeOf(a, a.face.faceFaceLinks()[place].face[corner]));
+                EXPECT_EQ(placeOf(b, b.face.vertexFaceLinks()[place].face[corner]),
+                          placeOf(a, a.face.vertexFaceLinks()[place].face[corner]));
+            }
+        }
+        EXPECT_EQ(b.bbox.min, a.bbox.min);
+        EXPECT_EQ(b.bbox.max, a.bbox.max);
+    }
+
+    Result merged;
+    Result cleaned;
+};
+
+TEST_F(StlMergeTest, CornersMergedWhileReadingGiveTheMeshTheCleaningWouldGive)
 {
     std::vector<StlTriangle> triangles = boxTriangles(0, 0, 0, 2, 4, 6);
     const float nextToOne = std::nextafter(1.0f, 2.0f);
@@ -73,37 +139,36 @@ TEST_F(ReadersTest, StlCornersMergedWhileReadingGiveTheMeshTheCleaningWouldGive)
     triangles.push_back({1.0f, 0.0f, 9.0f, 2.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f});
 
     LogCapture log;
-    Result merged = load(write("mixed.stl", binaryStl(triangles)));
-    Result cleaned = load(write("mixed.obj", objWithOwnCorners(triangles)));
-    ASSERT_TRUE(merged.model && cleaned.model) << qPrintable(merged.error + cleaned.error);
+    expectSameMeshes(triangles);
     EXPECT_TRUE(log.contains("Merged 33 repeated corners of 15 triangles into 12 vertices", 4000));
     EXPECT_TRUE(log.contains("# Vertices: 12, # Faces: 15, # Triangles: 15", 4000));
     EXPECT_TRUE(log.contains("Removed 33 duplicate and 2 unreferenced vertices", 4000));
+    ASSERT_TRUE(merged.model);
+    EXPECT_EQ(10, merged.model->cm.vn);
+    EXPECT_EQ(14, merged.model->cm.fn);
+}
 
-    const CMeshO& a = merged.model->cm;
-    const CMeshO& b = cleaned.model->cm;
-    ASSERT_EQ(b.vn, a.vn);
-    ASSERT_EQ(b.fn, a.fn);
-    EXPECT_EQ(10, a.vn);
-    EXPECT_EQ(14, a.fn);
-    for (std::size_t place = 0; place < a.vert.size(); ++place) {
-        EXPECT_EQ(b.vert[place].coord, a.vert[place].coord) << "vertex " << place;
-        EXPECT_EQ(b.vert[place].normal, a.vert[place].normal) << "vertex " << place;
+// The vertex storage made beside the reading fits a closed surface exactly, and one with a
+// few points more; a mesh with far more points is built without it.
+TEST_F(StlMergeTest, StorageMadeBesideTheReadingFitsOrIsDropped)
+{
+    std::vector<StlTriangle> torus = torusTriangles(8, 12);
+    expectSameMeshes(torus);
+    ASSERT_TRUE(merged.model);
+    EXPECT_EQ(96, merged.model->cm.vn);
+
+    torus.push_back({9.0f, 0.0f, 0.0f, 9.0f, 1.0f, 0.0f, 9.0f, 0.0f, 1.0f});
+    expectSameMeshes(torus);
+    ASSERT_TRUE(merged.model);
+    EXPECT_EQ(99, merged.model->cm.vn);
+
+    std::vector<StlTriangle> soup;
+    for (const StlTriangle& triangle : torusTriangles(4, 4)) {
+        StlTriangle apart = triangle;
+        apart[0] += static_cast<float>(soup.size());
+        soup.push_back(apart);
     }
-    // The STL's storage was made beside the reading; the links must come out the same.
-    auto placeOf = [](const CMeshO& mesh, const scene::CFaceO* face) { return face ? face - mesh.face.data() : -1; };
-    for (std::size_t place = 0; place < a.face.size(); ++place) {
-        EXPECT_EQ(&a.face, a.face[place].container);
-        for (int corner = 0; corner < 3; ++corner) {
-            EXPECT_EQ(b.face[place].v[corner] - b.vert.data(), a.face[place].v[corner] - a.vert.data());
-            EXPECT_EQ(placeOf(b, b.face.faceFaceLinks()[place].face[corner]),
-                      placeOf(a, a.face.faceFaceLinks()[place].face[corner]));
-            EXPECT_EQ(placeOf(b, b.face.vertexFaceLinks()[place].face[corner]),
-                      placeOf(a, a.face.vertexFaceLinks()[place].face[corner]));
-        }
-    }
-    EXPECT_EQ(b.bbox.min, a.bbox.min);
-    EXPECT_EQ(b.bbox.max, a.bbox.max);
+    expectSameMeshes(soup);
 }
 
 TEST_F(ReadersTest, PlyAsciiKeepsVertexColorsAndFileNormals)
