@@ -12,6 +12,7 @@
 #include <QLibrary>
 #include <QTemporaryDir>
 #include <QtEndian>
+#include <array>
 #include <assimp/cimport.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -36,11 +37,12 @@ struct Options
     QString json;
     bool assimp = true;
     int runs = 3;
+    QString format = "stl";
 };
 
 bool parseOptions(int argc, char** argv, Options& options)
 {
-    BenchOptions parsed({{"triangles", "2000000"}, {"file", ""}, {"assimp", "1"}, {"runs", "3"}});
+    BenchOptions parsed({{"triangles", "2000000"}, {"file", ""}, {"assimp", "1"}, {"runs", "3"}, {"format", "stl"}});
     if (!parsed.parse(argc, argv))
         return false;
     options.triangles = parsed.number("triangles");
@@ -48,11 +50,13 @@ bool parseOptions(int argc, char** argv, Options& options)
     options.json = parsed.text("json");
     options.assimp = parsed.number("assimp") != 0;
     options.runs = static_cast<int>(parsed.number("runs"));
-    return options.triangles >= 8 && options.runs >= 1;
+    options.format = parsed.text("format");
+    return options.triangles >= 8 && options.runs >= 1 && (options.format == "stl" || options.format == "ply");
 }
 
 // The torus grid: rings x segments quads, two triangles each, every grid point shared by six
 // triangles, so the load merges the STL's 3 corners per triangle down to rings x segments.
+// As PLY, each grid point is written once.
 class TorusWriter
 {
 public:
@@ -64,33 +68,22 @@ public:
 
     long long triangles() const { return 2LL * rings * segments; }
     long long gridPoints() const { return static_cast<long long>(rings) * segments; }
-    long long fileSize() const { return 84 + 50 * triangles(); }
 
-    bool write(const QString& path) const
+    long long fileSize(bool ply) const
+    {
+        return ply ? plyHeader().size() + 12 * gridPoints() + 13 * triangles() : 84 + 50 * triangles();
+    }
+
+    // Binary STL, every corner written out, or binary PLY, each grid point once.
+    bool write(const QString& path, bool ply) const
     {
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             return false;
-        QByteArray header("qel-bench torus", 80);
-        header.resize(80);
-        char count[4];
-        qToLittleEndian<quint32>(static_cast<quint32>(triangles()), count);
-        file.write(header);
-        file.write(count, 4);
-        QByteArray chunk;
-        for (int ring = 0; ring < rings; ++ring) {
-            for (int segment = 0; segment < segments; ++segment) {
-                const int nextRing = (ring + 1) % rings;
-                const int nextSegment = (segment + 1) % segments;
-                appendTriangle(chunk, point(ring, segment), point(nextRing, segment), point(nextRing, nextSegment));
-                appendTriangle(chunk, point(ring, segment), point(nextRing, nextSegment), point(ring, nextSegment));
-            }
-            if (chunk.size() > (4 << 20)) {
-                file.write(chunk);
-                chunk.clear();
-            }
-        }
-        file.write(chunk);
+        if (ply)
+            writePly(file);
+        else
+            writeStl(file);
         // On disk before anything is timed, so that no write-back runs beside the reads.
         file.flush();
 #if defined(Q_OS_UNIX)
@@ -104,6 +97,84 @@ private:
     {
         float x, y, z;
     };
+
+    // The two triangles of grid square (ring, segment), as grid point numbers.
+    std::array<long long, 6> square(int ring, int segment) const
+    {
+        const int nextRing = (ring + 1) % rings;
+        const int nextSegment = (segment + 1) % segments;
+        auto number = [this](int r, int s) { return static_cast<long long>(r) * segments + s; };
+        return {number(ring, segment), number(nextRing, segment), number(nextRing, nextSegment),
+                number(ring, segment), number(nextRing, nextSegment), number(ring, nextSegment)};
+    }
+
+    Point pointNumbered(long long number) const
+    {
+        return point(static_cast<int>(number / segments), static_cast<int>(number % segments));
+    }
+
+    // Writes what fill appends, a few MB at a time.
+    template<class Fill>
+    static void writeChunked(QFile& file, long long count, Fill fill)
+    {
+        QByteArray chunk;
+        for (long long item = 0; item < count; ++item) {
+            fill(chunk, item);
+            if (chunk.size() > (4 << 20)) {
+                file.write(chunk);
+                chunk.clear();
+            }
+        }
+        file.write(chunk);
+    }
+
+    void writeStl(QFile& file) const
+    {
+        QByteArray header("qel-bench torus", 80);
+        header.resize(80);
+        char count[4];
+        qToLittleEndian<quint32>(static_cast<quint32>(triangles()), count);
+        file.write(header);
+        file.write(count, 4);
+        writeChunked(file, gridPoints(), [this](QByteArray& chunk, long long number) {
+            const std::array<long long, 6> corners = square(static_cast<int>(number / segments),
+                                                            static_cast<int>(number % segments));
+            appendTriangle(chunk, pointNumbered(corners[0]), pointNumbered(corners[1]), pointNumbered(corners[2]));
+            appendTriangle(chunk, pointNumbered(corners[3]), pointNumbered(corners[4]), pointNumbered(corners[5]));
+        });
+    }
+
+    QByteArray plyHeader() const
+    {
+        return QStringLiteral("ply\nformat binary_little_endian 1.0\nelement vertex %1\nproperty float x\n"
+                              "property float y\nproperty float z\nelement face %2\n"
+                              "property list uchar int vertex_indices\nend_header\n")
+            .arg(gridPoints())
+            .arg(triangles())
+            .toLatin1();
+    }
+
+    void writePly(QFile& file) const
+    {
+        file.write(plyHeader());
+        writeChunked(file, gridPoints(), [this](QByteArray& chunk, long long number) {
+            const Point p = pointNumbered(number);
+            for (float value : {p.x, p.y, p.z})
+                appendFloat(chunk, value);
+        });
+        writeChunked(file, gridPoints(), [this](QByteArray& chunk, long long number) {
+            const std::array<long long, 6> corners = square(static_cast<int>(number / segments),
+                                                            static_cast<int>(number % segments));
+            for (int triangle = 0; triangle < 2; ++triangle) {
+                chunk.append(char(3));
+                for (int corner = 0; corner < 3; ++corner) {
+                    char bytes[4];
+                    qToLittleEndian<qint32>(static_cast<qint32>(corners[3 * triangle + corner]), bytes);
+                    chunk.append(bytes, 4);
+                }
+            }
+        });
+    }
 
     Point point(int ring, int segment) const
     {
@@ -247,7 +318,7 @@ LoadFigures loadOnce(const QString& path)
     qel::io::scene::Importer* importer = qel::io::scene::Importer::getInstance();
     std::unique_ptr<qel::io::scene::Loader> loader(importer->getLoader(path));
     if (!loader) {
-        std::fprintf(stderr, "qel-bench: no loader for STL; build the target qel_io_plugins\n");
+        std::fprintf(stderr, "qel-bench: no loader for the file; build the target qel_io_plugins\n");
         return figures;
     }
     const long long residentBefore = statusBytes("VmRSS:");
@@ -341,7 +412,7 @@ int runLoadBenchmark(int argc, char** argv)
 {
     Options options;
     if (!parseOptions(argc, argv, options)) {
-        std::fprintf(stderr, "usage: qel-bench load [--triangles N] [--file PATH] [--runs N] [--assimp 0|1] [--json FILE]\n");
+        std::fprintf(stderr, "usage: qel-bench load [--triangles N] [--file PATH] [--format stl|ply] [--runs N] [--assimp 0|1] [--json FILE]\n");
         return 2;
     }
     // Meshes die through the host services, which need an application object.
@@ -352,14 +423,15 @@ int runLoadBenchmark(int argc, char** argv)
         application.reset(new QApplication(argc, argv));
 
     QTemporaryDir folder;
-    const QString path = options.file.isEmpty() ? folder.filePath("torus.stl") : options.file;
+    const bool ply = options.format == "ply";
+    const QString path = options.file.isEmpty() ? folder.filePath(ply ? "torus.ply" : "torus.stl") : options.file;
     const TorusWriter torus(options.triangles);
     // A file given by name that has the size of the asked torus is taken as it is.
-    const bool reuse = !options.file.isEmpty() && QFileInfo(path).size() == torus.fileSize();
+    const bool reuse = !options.file.isEmpty() && QFileInfo(path).size() == torus.fileSize(ply);
     std::printf("%s %lld triangles (%lld grid points) %s %s\n", reuse ? "reading" : "writing", torus.triangles(),
                 torus.gridPoints(), reuse ? "from" : "to", qPrintable(path));
     std::fflush(stdout);
-    if (!reuse && !torus.write(path)) {
+    if (!reuse && !torus.write(path, ply)) {
         std::fprintf(stderr, "qel-bench: cannot write %s\n", qPrintable(path));
         return 1;
     }
@@ -371,7 +443,7 @@ int runLoadBenchmark(int argc, char** argv)
     const double millions = torus.triangles() / 1e6;
     const double peakPerMillion = load.peakBytes >= 0 ? load.peakBytes / millions : -1.0;
 
-    BenchReport report(QStringLiteral("load: binary STL, %1 triangles").arg(torus.triangles()));
+    BenchReport report(QStringLiteral("load: binary %1, %2 triangles").arg(ply ? "PLY" : "STL").arg(torus.triangles()));
     report.add("triangles", static_cast<double>(torus.triangles()));
     report.add("read_floor_s", floor, "s");
     report.add("load_s", load.seconds, "s");

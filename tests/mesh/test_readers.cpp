@@ -192,11 +192,13 @@ TEST_F(ReadersTest, PlyAsciiKeepsVertexColorsAndFileNormals)
     EXPECT_EQ(scene::CVertexO::Point(0.0, 0.0, 1.0), cm.face[0].normal);
 }
 
-QByteArray binaryPly(bool bigEndian)
+// A 3 x 1 rectangle as one quad, or as two triangles (the second one coloured).
+QByteArray binaryPly(bool bigEndian, bool triangles)
 {
     QByteArray data = QByteArray("ply\nformat ") + (bigEndian ? "binary_big_endian" : "binary_little_endian")
                       + " 1.0\nelement vertex 4\nproperty double x\nproperty double y\nproperty double z\n"
-                        "element face 1\nproperty list uchar uint vertex_indices\n"
+                      + (triangles ? "element face 2\n" : "element face 1\n")
+                      + "property list uchar uint vertex_indices\n"
                         "property uchar red\nproperty uchar green\nproperty uchar blue\nend_header\n";
     const double points[4][3] = {{0, 0, 0}, {3, 0, 0}, {3, 1, 0}, {0, 1, 0}};
     for (const auto& point : points) {
@@ -208,27 +210,41 @@ QByteArray binaryPly(bool bigEndian)
             data.append(bytes, 8);
         }
     }
-    data.append(char(4));
-    for (quint32 index : {0u, 1u, 2u, 3u}) {
-        char bytes[4];
-        bigEndian ? qToBigEndian<quint32>(index, bytes) : qToLittleEndian<quint32>(index, bytes);
-        data.append(bytes, 4);
+    auto appendFace = [&](std::initializer_list<quint32> indices, const char* color) {
+        data.append(char(indices.size()));
+        for (quint32 index : indices) {
+            char bytes[4];
+            bigEndian ? qToBigEndian<quint32>(index, bytes) : qToLittleEndian<quint32>(index, bytes);
+            data.append(bytes, 4);
+        }
+        data.append(color, 3);
+    };
+    if (triangles) {
+        appendFace({0u, 1u, 2u}, "\x01\x02\x03");
+        appendFace({0u, 2u, 3u}, "\x07\x08\x09");
+    } else {
+        appendFace({0u, 1u, 2u, 3u}, "\x07\x08\x09");
     }
-    data.append("\x07\x08\x09", 3);
     return data;
 }
 
+// Triangles get mesh storage made while the body is read; a quad's is dropped.
 TEST_F(ReadersTest, PlyBinaryInBothByteOrdersWithFaceColors)
 {
     for (bool bigEndian : {false, true}) {
-        Result result = load(write("quad.ply", binaryPly(bigEndian)));
-        ASSERT_TRUE(result.model) << qPrintable(result.error);
-        const CMeshO& cm = result.model->cm;
-        EXPECT_EQ(4, cm.vn);
-        EXPECT_EQ(2, cm.fn);
-        EXPECT_EQ(io::scene::Loader::Center(1.5f, 0.5f, 0.0f), result.center);
-        ASSERT_TRUE(cm.face.isColorEnabled());
-        EXPECT_EQ(Color4b::fromRgba(7, 8, 9, 255), cm.face.colors()[1]);
+        for (bool triangles : {false, true}) {
+            Result result = load(write("quad.ply", binaryPly(bigEndian, triangles)));
+            ASSERT_TRUE(result.model) << qPrintable(result.error);
+            const CMeshO& cm = result.model->cm;
+            EXPECT_EQ(4, cm.vn);
+            EXPECT_EQ(2, cm.fn);
+            EXPECT_EQ(io::scene::Loader::Center(1.5f, 0.5f, 0.0f), result.center);
+            ASSERT_TRUE(cm.face.isColorEnabled());
+            EXPECT_EQ(triangles ? Color4b::fromRgba(1, 2, 3, 255) : Color4b::fromRgba(7, 8, 9, 255), cm.face.colors()[0]);
+            EXPECT_EQ(Color4b::fromRgba(7, 8, 9, 255), cm.face.colors()[1]);
+            for (const scene::CFaceO& face : cm.face)
+                EXPECT_EQ(&cm.face, face.container);
+        }
     }
 }
 
@@ -310,7 +326,7 @@ TEST_F(ReadersTest, TruncatedBinaryFilesAreRefused)
     EXPECT_TRUE(refused("cut.stl", stl).contains("truncated: its header announces 12 triangles"));
     EXPECT_TRUE(refused("header.stl", QByteArray(40, 'x')).contains("truncated"));
 
-    QByteArray ply = binaryPly(false);
+    QByteArray ply = binaryPly(false, false);
     ply.chop(10);
     EXPECT_TRUE(refused("cut.ply", ply).contains("truncated"));
     // The header itself cut off.

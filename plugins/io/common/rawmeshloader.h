@@ -15,10 +15,14 @@ template <class Parser>
 class RawMeshLoader : public FileLoader
 {
 protected:
+    // Sets the parser up before it reads the file.
+    virtual void configure(Parser&) {}
+
     bool readFile(QFile& file) override
     {
         readers::ReadMonitor monitor(file.size(), monitorCallback());
         Parser parser(&monitor);
+        configure(parser);
         readers::RawMesh raw;
         if (!parser.parse(file, raw))
             return failParse(parser);

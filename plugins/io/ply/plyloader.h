@@ -17,6 +17,7 @@ public:
 
 protected:
     bool checkHead(const QByteArray& head) const override;
+    void configure(readers::PlyParser& parser) override;
 };
 
 } // namespace plugins

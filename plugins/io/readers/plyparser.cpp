@@ -220,6 +220,8 @@ bool PlyParser::parse(QIODevice& device, RawMesh& mesh)
         return false;
 
     if (binary) {
+        if (countsListener)
+            countsListener(static_cast<std::size_t>(vertexCount), faces ? static_cast<std::size_t>(faces->count) : 0);
         BinaryValues values(bytes, header.format == PlyHeader::BINARY_BIG_ENDIAN);
         return readBody(values, mesh);
     }

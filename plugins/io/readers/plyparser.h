@@ -4,6 +4,9 @@
 #include "plugins/io/readers/plyheader.h"
 #include "plugins/io/readers/rawmesh.h"
 
+#include <cstddef>
+#include <functional>
+
 class QIODevice;
 
 namespace qel {
@@ -17,6 +20,11 @@ class PlyParser : public MeshParser
 {
 public:
     explicit PlyParser(ReadMonitor* monitor = nullptr);
+
+    // Told, before the body of a binary file is read, the counts that its checked header
+    // announces: vertices and face elements (0 without faces).
+    typedef std::function<void(std::size_t vertices, std::size_t faces)> CountsListener;
+    void setCountsListener(const CountsListener& listener) { countsListener = listener; }
 
     // Reads the device from its current position to its end into `mesh`, which is
     // cleared first and left in an unspecified state on failure.
@@ -36,6 +44,7 @@ private:
     QString describeCounts() const;
 
     PlyHeader header;
+    CountsListener countsListener;
     // The input of the running parse.
     ByteSource* source;
     long long vertexCount;
