@@ -109,16 +109,7 @@ bool MeshModel::RenderSelectedFaces()
     CMeshO* mesh = activeMesh();
     if (!mesh)
         return false;
-    glPushAttrib(GL_CURRENT_BIT | GL_LIGHTING_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT | GL_COLOR_BUFFER_BIT);
-    glEnable(GL_POLYGON_OFFSET_FILL);
-    glDisable(GL_LIGHTING);
-    glDisable(GL_TEXTURE_2D);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    glDepthMask(GL_FALSE);
-    glColor4f(1.0f, 0.0f, 0.0f, 0.3f);
-    glPolygonOffset(-1.0f, -1.0f);
-    glPushMatrix();
+    MeshRenderer::pushSelectionState(0.3f, -1.0f);
     glMultMatrixd(mesh->Tr.data());
     glBegin(GL_TRIANGLES);
     mesh->sfn = 0;
@@ -130,8 +121,7 @@ bool MeshModel::RenderSelectedFaces()
         ++mesh->sfn;
     }
     glEnd();
-    glPopMatrix();
-    glPopAttrib();
+    MeshRenderer::popSelectionState();
     return true;
 }
 

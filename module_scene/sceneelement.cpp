@@ -111,6 +111,12 @@ void SceneElement::drawBoundingBoxOutline()
     glDisable(GL_LIGHTING);
     glEnable(GL_COLOR_MATERIAL);
     glColor3d(1.0, 0.0, 1.0);
+    drawBoxEdges(box);
+    glPopAttrib();
+}
+
+void SceneElement::drawBoxEdges(const Box& box)
+{
     glBegin(GL_LINE_STRIP);
     for (int corner : OutlineStrip)
         glVertex3dv(box.corners[corner].data());
@@ -121,7 +127,6 @@ void SceneElement::drawBoundingBoxOutline()
         glVertex3dv(box.corners[edge[1]].data());
     }
     glEnd();
-    glPopAttrib();
 }
 
 SceneElement::Matrix4 SceneElement::getCompleteTransformMatrix() const

@@ -195,6 +195,9 @@ protected:
     virtual void setFutureTransform(const Matrix4& matrix);
     virtual void shiftMatrices();
 
+    // The twelve edges of a box as GL lines, in the current colour and state.
+    static void drawBoxEdges(const Box& box);
+
     // Adds a memento of this element to the parent's list, or makes it the top one when
     // there is no parent, then does the same for the children. Returns the top memento.
     main::Memento* retrieveMemento(main::Memento* parent);

@@ -52,8 +52,6 @@ const SceneElementFactory::Register registration(SceneVCGModel::TypeName, &Scene
 // The 12 triangles of a box, as corner indices, in the order the pick tests them.
 const int BoxTriangles[12][3] = {{0, 1, 2}, {2, 3, 0}, {7, 6, 5}, {5, 4, 7}, {0, 4, 5}, {5, 1, 0},
                                  {1, 5, 6}, {6, 2, 1}, {2, 6, 7}, {7, 3, 2}, {3, 7, 4}, {4, 0, 3}};
-const int OutlineStrip[10] = {0, 1, 2, 3, 0, 6, 7, 4, 5, 6};
-const int OutlineEdges[3][2] = {{1, 7}, {2, 4}, {3, 5}};
 
 // A point through a homogeneous matrix, divided by the resulting w unless it is 0.
 Point transformed(const SceneElement::Matrix4& m, const Point& p)
@@ -878,18 +876,8 @@ bool SceneVCGModel::isMeshReady()
 
 void SceneVCGModel::drawBoxOutline()
 {
-    const Box& box = getBoundingBox(true);
     glDisable(GL_LIGHTING);
-    glBegin(GL_LINE_STRIP);
-    for (int corner : OutlineStrip)
-        glVertex3dv(box.corners[corner].data());
-    glEnd();
-    glBegin(GL_LINES);
-    for (const auto& edge : OutlineEdges) {
-        glVertex3dv(box.corners[edge[0]].data());
-        glVertex3dv(box.corners[edge[1]].data());
-    }
-    glEnd();
+    drawBoxEdges(getBoundingBox(true));
 }
 
 // A variable mesh lives for one drawing.
@@ -914,16 +902,7 @@ void SceneVCGModel::drawMesh()
 // A frame that finds the set being changed shows no selection.
 void SceneVCGModel::glDrawSelectedFaces()
 {
-    glPushAttrib(GL_CURRENT_BIT | GL_LIGHTING_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT | GL_COLOR_BUFFER_BIT);
-    glEnable(GL_POLYGON_OFFSET_FILL);
-    glDisable(GL_LIGHTING);
-    glDisable(GL_TEXTURE_2D);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    glDepthMask(GL_FALSE);
-    glColor4f(1.0f, 0.0f, 0.0f, static_cast<float>(m_opacity));
-    glPolygonOffset(-2.0f, -2.0f);
-    glPushMatrix();
+    MeshRenderer::pushSelectionState(static_cast<float>(m_opacity), -2.0f);
     if (selectionLock.tryLockForRead()) {
         glBegin(GL_TRIANGLES);
         for (const CFaceO* face : selectedFaces) {
@@ -933,8 +912,7 @@ void SceneVCGModel::glDrawSelectedFaces()
         selectionLock.unlock();
         glEnd();
     }
-    glPopMatrix();
-    glPopAttrib();
+    MeshRenderer::popSelectionState();
 }
 
 } // namespace scene

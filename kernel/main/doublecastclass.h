@@ -1,20 +1,19 @@
 #pragma once
 
-#include "kernel/main/castclass.h"
+#include "kernel/main/numbercastclass.h"
 
 namespace qel {
 namespace main {
 
 // Real numbers in the C locale; the text form is the shortest that reads back exactly.
-class DoubleCastClass : public CastClass
+class DoubleCastClass : public NumberCastClass<double>
 {
 public:
-    void* castString(const QString& text) override;
-    bool isCastable(const QString& text) override;
+    DoubleCastClass();
     QString castBack(void* value) override;
 
-private:
-    static double parse(const QString& text, bool* ok);
+protected:
+    double parse(const QString& text, bool* ok) const override;
 };
 
 } // namespace main

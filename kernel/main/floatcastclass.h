@@ -1,20 +1,19 @@
 #pragma once
 
-#include "kernel/main/castclass.h"
+#include "kernel/main/numbercastclass.h"
 
 namespace qel {
 namespace main {
 
 // Single precision real numbers in the C locale.
-class FloatCastClass : public CastClass
+class FloatCastClass : public NumberCastClass<float>
 {
 public:
-    void* castString(const QString& text) override;
-    bool isCastable(const QString& text) override;
+    FloatCastClass();
     QString castBack(void* value) override;
 
-private:
-    static float parse(const QString& text, bool* ok);
+protected:
+    float parse(const QString& text, bool* ok) const override;
 };
 
 } // namespace main

@@ -3,28 +3,14 @@
 namespace qel {
 namespace main {
 
-void* IntegerCastClass::castString(const QString& text)
-{
-    bool ok = false;
-    const int number = parse(text, &ok);
-    if (!ok)
-        throwNotCastable(text, "a whole number", "qel::main::IntegerCastClass::castString");
-    return new int(number);
-}
-
-bool IntegerCastClass::isCastable(const QString& text)
-{
-    bool ok = false;
-    parse(text, &ok);
-    return ok;
-}
+IntegerCastClass::IntegerCastClass() : NumberCastClass("a whole number", "qel::main::IntegerCastClass::castString") {}
 
 QString IntegerCastClass::castBack(void* value)
 {
     return value ? QString::number(*static_cast<int*>(value)) : QString();
 }
 
-int IntegerCastClass::parse(const QString& text, bool* ok)
+int IntegerCastClass::parse(const QString& text, bool* ok) const
 {
     return numberLocale().toInt(text.trimmed(), ok);
 }

@@ -1,20 +1,19 @@
 #pragma once
 
-#include "kernel/main/castclass.h"
+#include "kernel/main/numbercastclass.h"
 
 namespace qel {
 namespace main {
 
 // Whole numbers in base 10.
-class IntegerCastClass : public CastClass
+class IntegerCastClass : public NumberCastClass<int>
 {
 public:
-    void* castString(const QString& text) override;
-    bool isCastable(const QString& text) override;
+    IntegerCastClass();
     QString castBack(void* value) override;
 
-private:
-    static int parse(const QString& text, bool* ok);
+protected:
+    int parse(const QString& text, bool* ok) const override;
 };
 
 } // namespace main

@@ -1,20 +1,19 @@
 #pragma once
 
-#include "kernel/main/castclass.h"
+#include "kernel/main/numbercastclass.h"
 
 namespace qel {
 namespace main {
 
 // Non-negative whole numbers in base 10.
-class UnsignedIntegerCastClass : public CastClass
+class UnsignedIntegerCastClass : public NumberCastClass<unsigned int>
 {
 public:
-    void* castString(const QString& text) override;
-    bool isCastable(const QString& text) override;
+    UnsignedIntegerCastClass();
     QString castBack(void* value) override;
 
-private:
-    static unsigned int parse(const QString& text, bool* ok);
+protected:
+    unsigned int parse(const QString& text, bool* ok) const override;
 };
 
 } // namespace main

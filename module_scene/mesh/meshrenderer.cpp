@@ -271,5 +271,25 @@ void MeshRenderer::drawBox()
     glPopAttrib();
 }
 
+void MeshRenderer::pushSelectionState(float opacity, float offset)
+{
+    glPushAttrib(GL_CURRENT_BIT | GL_LIGHTING_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT | GL_COLOR_BUFFER_BIT);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glDisable(GL_LIGHTING);
+    glDisable(GL_TEXTURE_2D);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glDepthMask(GL_FALSE);
+    glColor4f(1.0f, 0.0f, 0.0f, opacity);
+    glPolygonOffset(offset, offset);
+    glPushMatrix();
+}
+
+void MeshRenderer::popSelectionState()
+{
+    glPopMatrix();
+    glPopAttrib();
+}
+
 } // namespace scene
 } // namespace qel

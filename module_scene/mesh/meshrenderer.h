@@ -85,6 +85,12 @@ public:
     // Needs a current GL context.
     void draw(int drawMode, int colorMode, int textureMode);
 
+    // GL state for drawing selected faces over a drawn mesh: red at the given opacity,
+    // blended, pulled towards the viewer by the polygon offset, depth left unwritten. The
+    // state and the matrix are saved first and given back by popSelectionState.
+    static void pushSelectionState(float opacity, float offset);
+    static void popSelectionState();
+
 private:
     bool usesVertexArrays() const;
     bool cacheMatches(int drawMode, int colorMode) const;

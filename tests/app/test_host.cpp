@@ -4,8 +4,7 @@
 #include <QTemporaryDir>
 #include <algorithm>
 
-using qel::test::HostRun;
-using qel::test::runHost;
+using namespace qel::test;
 
 namespace {
 

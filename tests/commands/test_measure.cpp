@@ -9,9 +9,7 @@
 #include <QSettings>
 #include <cmath>
 
-using qel::test::CommandTest;
-using qel::test::EventRecorder;
-using qel::test::LogCapture;
+using namespace qel::test;
 using qel::util::MeasureSystem;
 
 namespace {

@@ -26,10 +26,7 @@ using qel::scene::SceneSelectionPlane;
 using qel::scene::SceneSphere;
 using qel::scene::SceneVCGModel;
 using qel::scene::SelectedPoint;
-using qel::test::CommandTest;
-using qel::test::LogCapture;
-using qel::test::Point;
-using qel::test::Triangle;
+using namespace qel::test;
 
 namespace {
 

@@ -15,10 +15,7 @@
 
 using qel::main::CommandDescriptor;
 using qel::main::CommandGUIDescriptor;
-using qel::test::CommandTest;
-using qel::test::LogCapture;
-using qel::test::Matrix4;
-using qel::test::TestElement;
+using namespace qel::test;
 
 namespace {
 

@@ -9,10 +9,7 @@
 using qel::commands::scene::Rotate;
 using qel::commands::scene::Transform;
 using qel::commands::scene::Translate;
-using qel::test::CommandTest;
-using qel::test::LogCapture;
-using qel::test::Matrix4;
-using qel::test::matrixOf;
+using namespace qel::test;
 
 namespace {
 

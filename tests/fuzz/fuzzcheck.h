@@ -2,6 +2,7 @@
 
 // What every reader promises about a mesh it accepts; a broken promise stops the fuzzer.
 #include "plugins/io/readers/rawmesh.h"
+#include "plugins/io/readers/readmonitor.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -47,6 +48,22 @@ private:
     QByteArray bytes;
     QBuffer buffer;
 };
+
+// One run of a reader that fills a RawMesh: an accepted mesh keeps the promises, a refused
+// one comes with a reason.
+template <class Parser>
+int fuzzRawMeshParser(const std::uint8_t* data, std::size_t size)
+{
+    InputDevice input(data, size);
+    io::readers::ReadMonitor monitor(static_cast<qint64>(size));
+    Parser parser(&monitor);
+    io::readers::RawMesh mesh;
+    if (parser.parse(input.device(), mesh))
+        checkMesh(mesh);
+    else
+        require(!parser.getError().isEmpty());
+    return 0;
+}
 
 } // namespace fuzz
 } // namespace qel

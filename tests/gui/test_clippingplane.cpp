@@ -14,10 +14,7 @@
 
 using qel::scene::ClippingPlane;
 using qel::scene::SceneVCGModel;
-using qel::test::colorAt;
-using qel::test::DefaultBackground;
-using qel::test::LogCapture;
-using qel::test::makeCubeModel;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {

@@ -17,10 +17,7 @@ using qel::scene::MeshBounds;
 using qel::scene::MeshModel;
 using qel::scene::MeshNormals;
 using qel::scene::MeshRenderer;
-using qel::test::OffscreenTarget;
-using qel::test::Point;
-using qel::test::Probe;
-using qel::test::sameColor;
+using namespace qel::test;
 
 namespace {
 
@@ -31,25 +28,11 @@ const QColor BLUE(0, 0, 255);
 const QColor YELLOW(255, 255, 0);
 const QColor CYAN(0, 255, 255);
 
-// Pixels of the square below: inside face 0 (below the diagonal), inside face 1, on the
-// left edge, on the diagonal, a corner, and outside.
-const Probe IN_FACE_0{40, 24};
-const Probe IN_FACE_1{24, 40};
+// Pixels of the pixel square: on the left edge, on the diagonal, a corner, and outside.
 const Probe ON_LEFT_EDGE{16, 30};
 const Probe ON_DIAGONAL{30, 30};
 const Probe ON_CORNER{16, 16};
 const Probe OUTSIDE{5, 58};
-
-// A square with its corners on the centres of pixels 16 and 47, faces (0,1,2) and (0,2,3).
-void buildPixelSquare(CMeshO& mesh, double z = 0.0)
-{
-    const double low = OffscreenTarget::centre(16);
-    const double high = OffscreenTarget::centre(47);
-    qel::test::buildMesh(mesh, {Point(low, low, z), Point(high, low, z), Point(high, high, z), Point(low, high, z)},
-                         {{0, 1, 2}, {0, 2, 3}});
-    MeshNormals::updateVertexAndFaceNormals(mesh);
-    MeshBounds::update(mesh);
-}
 
 void setVertexColors(CMeshO& mesh, const Color4b& color)
 {

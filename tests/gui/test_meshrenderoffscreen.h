@@ -1,5 +1,9 @@
 #pragma once
 
+#include "mesh/meshfixtures.h"
+#include "module_scene/mesh/meshbounds.h"
+#include "module_scene/mesh/meshnormals.h"
+
 #include <QColor>
 #include <QImage>
 #include <QOffscreenSurface>
@@ -86,6 +90,22 @@ private:
     QOpenGLContext context;
     std::unique_ptr<QOpenGLFramebufferObject> frameBuffer;
 };
+
+// Pixels inside the two faces of the pixel square: face 0 below its diagonal, face 1 above.
+const Probe IN_FACE_0{40, 24};
+const Probe IN_FACE_1{24, 40};
+
+// A square with its corners on the centres of pixels 16 and 47, faces (0,1,2) and (0,2,3),
+// with normals and box.
+inline void buildPixelSquare(scene::CMeshO& mesh, double z = 0.0)
+{
+    const double low = OffscreenTarget::centre(16);
+    const double high = OffscreenTarget::centre(47);
+    buildMesh(mesh, {Point(low, low, z), Point(high, low, z), Point(high, high, z), Point(low, high, z)},
+              {{0, 1, 2}, {0, 2, 3}});
+    scene::MeshNormals::updateVertexAndFaceNormals(mesh);
+    scene::MeshBounds::update(mesh);
+}
 
 inline bool sameColor(const QColor& expected, const QColor& actual)
 {

@@ -9,12 +9,7 @@
 #include <gtest/gtest.h>
 
 using qel::scene::SceneDrawer;
-using qel::test::colorAt;
-using qel::test::DefaultBackground;
-using qel::test::DrawLog;
-using qel::test::DrawRecord;
-using qel::test::ClipModifier;
-using qel::test::QuadElement;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {

@@ -10,10 +10,7 @@
 
 using qel::gui::ScenePanel;
 using qel::scene::SceneVCGModel;
-using qel::test::colorAt;
-using qel::test::DefaultBackground;
-using qel::test::DrawLog;
-using qel::test::QuadElement;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {

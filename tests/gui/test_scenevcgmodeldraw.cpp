@@ -12,10 +12,7 @@
 
 using qel::scene::MeshModel;
 using qel::scene::SceneVCGModel;
-using qel::test::OffscreenTarget;
-using qel::test::Point;
-using qel::test::Probe;
-using qel::test::sameColor;
+using namespace qel::test;
 
 namespace {
 
@@ -23,10 +20,7 @@ const QColor BLACK(0, 0, 0);
 const QColor GREEN(0, 255, 0);
 const QColor RED(255, 0, 0);
 
-// Inside face 0 (below the diagonal), inside face 1, inside the square at half size, and
-// inside the square only at full size.
-const Probe IN_FACE_0{40, 24};
-const Probe IN_FACE_1{24, 40};
+// Inside the square at half size, and inside the square only at full size.
 const Probe NEAR_CENTRE{30, 28};
 const Probe NEAR_CORNER{18, 45};
 
@@ -34,13 +28,7 @@ const Probe NEAR_CORNER{18, 45};
 qel::util::ZPointer<SceneVCGModel> makeSquareModel()
 {
     auto* mesh = new MeshModel;
-    const double low = OffscreenTarget::centre(16);
-    const double high = OffscreenTarget::centre(47);
-    qel::test::buildMesh(mesh->cm, {Point(low, low, 0.0), Point(high, low, 0.0), Point(high, high, 0.0),
-                                    Point(low, high, 0.0)},
-                         {{0, 1, 2}, {0, 2, 3}});
-    qel::scene::MeshNormals::updateVertexAndFaceNormals(mesh->cm);
-    qel::scene::MeshBounds::update(mesh->cm);
+    buildPixelSquare(mesh->cm);
     mesh->busy = false;
     qel::util::ZPointer<SceneVCGModel> model(new SceneVCGModel(mesh, "square"));
     model->setModelColor(GREEN);

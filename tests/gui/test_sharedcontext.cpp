@@ -11,9 +11,7 @@
 
 using qel::gui::LockableGLWidget;
 using qel::gui::SharedContext;
-using qel::test::LogCapture;
-using qel::test::OffscreenTarget;
-using qel::test::sameColor;
+using namespace qel::test;
 
 namespace {
 

@@ -20,8 +20,7 @@
 using qel::gui::ScenePanel;
 using qel::gui::SceneWindow;
 using qel::gui::Viewer;
-using qel::test::colorAt;
-using qel::test::EventRecorder;
+using namespace qel::test;
 
 namespace {
 

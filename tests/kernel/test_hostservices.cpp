@@ -5,6 +5,7 @@
 #include "kernel/util/md5.h"
 #include "kernel/util/meminfo.h"
 #include "support/logcapture.h"
+#include "support/otherthread.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -20,6 +21,8 @@
 using qel::main::Command;
 using qel::main::Overseer;
 
+using qel::test::runOnOtherThread;
+
 namespace {
 
 int hostProbeRuns = 0;
@@ -34,17 +37,6 @@ public:
     HostProbe(const HostProbe&) = default;
     void execute() override { ++hostProbeRuns; }
 };
-
-void runOnOtherThread(const std::function<void()>& body)
-{
-    QThread* thread = QThread::create(body);
-    QEventLoop loop;
-    QObject::connect(thread, &QThread::finished, &loop, &QEventLoop::quit);
-    thread->start();
-    loop.exec();
-    thread->wait();
-    delete thread;
-}
 
 } // namespace
 

@@ -3,6 +3,7 @@
 #include "kernel/util/worker.h"
 #include "kernel/util/workerdelegate.h"
 #include "support/logcapture.h"
+#include "support/otherthread.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -15,6 +16,8 @@
 using qel::main::Overseer;
 using qel::util::Worker;
 using qel::util::WorkerDelegate;
+
+using qel::test::runOnOtherThread;
 
 namespace {
 
@@ -62,18 +65,6 @@ public:
 private:
     Trace* trace;
 };
-
-// Runs the body on a thread of its own while the application thread serves its queue.
-void runOnOtherThread(const std::function<void()>& body)
-{
-    QThread* thread = QThread::create(body);
-    QEventLoop loop;
-    QObject::connect(thread, &QThread::finished, &loop, &QEventLoop::quit);
-    thread->start();
-    loop.exec();
-    thread->wait();
-    delete thread;
-}
 
 QThread* applicationThread()
 {

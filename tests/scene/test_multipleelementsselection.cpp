@@ -9,13 +9,11 @@
 #include <gtest/gtest.h>
 
 using namespace qel::scene;
-using qel::test::EventRecorder;
-using qel::test::TestElement;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {
 
-typedef ZPointer<TestElement> Element;
 typedef SceneElement::Matrix4 Matrix4;
 typedef SceneElement::Vector4 Vector4;
 

@@ -14,8 +14,7 @@ using qel::main::Parameter;
 using qel::main::ParameterPanel;
 using qel::main::SceneElementParameterPanelFactory;
 using qel::main::SceneElementParameterPanelNotifier;
-using qel::test::makeModel;
-using qel::test::TestElement;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {

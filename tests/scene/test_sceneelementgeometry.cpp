@@ -9,9 +9,7 @@
 #include <gtest/gtest.h>
 
 using namespace qel::scene;
-using qel::test::CauseRecorder;
-using qel::test::EventRecorder;
-using qel::test::TestElement;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {

@@ -8,18 +8,10 @@
 #include <gtest/gtest.h>
 
 using namespace qel::scene;
-using qel::test::CauseRecorder;
-using qel::test::EventRecorder;
-using qel::test::TestElement;
-using qel::test::make;
-using qel::test::namesOf;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {
-
-typedef ZPointer<TestElement> Element;
-
-
 
 // Breaks the parent links that keep a tree alive.
 void dismantle(SceneElement* element)

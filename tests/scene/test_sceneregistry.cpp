@@ -13,44 +13,15 @@
 #include <gtest/gtest.h>
 
 using namespace qel::scene;
-using qel::test::EventRecorder;
-using qel::test::LogCapture;
-using qel::test::NumberedTestElement;
-using qel::test::RecomputedTestElement;
-using qel::test::SceneHolder;
-using qel::test::SceneNoticeRecorder;
-using qel::test::TestElement;
-using qel::test::make;
-using qel::test::namesOf;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {
 
-typedef ZPointer<TestElement> Element;
-
-
-
-// Whether another thread finds the element lock taken.
-bool lockedElsewhere(Scene* scene)
-{
-    return std::async(std::launch::async, [scene] {
-               const bool taken = scene->tryLock();
-               if (taken)
-                   scene->unlock();
-               return !taken;
-           }).get();
-}
-
 void expectLogged(const LogCapture& log, int level, long line, const char* function, const QString& text)
 {
-    ASSERT_EQ(1, log.count(text, level)) << qPrintable(text);
-    for (const auto& record : log.records()) {
-        if (record.text == text) {
-            EXPECT_EQ("module_scene/scene", record.file);
-            EXPECT_EQ(line, record.line);
-            EXPECT_EQ(function, record.function);
-        }
-    }
+    EXPECT_EQ(1, log.countExactly(static_cast<unsigned int>(level), "module_scene/scene", line, function, text))
+        << qPrintable(text);
 }
 
 } // namespace

@@ -11,20 +11,12 @@
 #include <memory>
 
 using namespace qel::scene;
-using qel::test::CauseRecorder;
-using qel::test::EventRecorder;
-using qel::test::LogCapture;
-using qel::test::SceneHolder;
-using qel::test::TestElement;
-using qel::test::make;
-using qel::test::namesOf;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {
 
-typedef ZPointer<TestElement> Element;
 typedef SelectedPoint::Vector4 Vector4;
-
 
 // Starts a reader on the first element of the text.
 std::unique_ptr<QXmlStreamReader> readerOn(const QString& xml)

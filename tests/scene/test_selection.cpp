@@ -9,19 +9,10 @@
 #include <gtest/gtest.h>
 
 using namespace qel::scene;
-using qel::test::EventRecorder;
-using qel::test::LogCapture;
-using qel::test::makeModel;
-using qel::test::SceneHolder;
-using qel::test::TestElement;
-using qel::test::make;
-using qel::test::namesOf;
+using namespace qel::test;
 using qel::util::ZPointer;
 
 namespace {
-
-typedef ZPointer<TestElement> Element;
-
 
 void select(const Scene::ElementList& elements)
 {
@@ -30,23 +21,9 @@ void select(const Scene::ElementList& elements)
     qel::main::EventManager::getInstance()->fireEvent(event);
 }
 
-bool lockedElsewhere(Scene* scene)
-{
-    return std::async(std::launch::async, [scene] {
-               const bool taken = scene->tryLock();
-               if (taken)
-                   scene->unlock();
-               return !taken;
-           }).get();
-}
-
 bool loggedOnce(const LogCapture& log, unsigned level, long line, const QString& function, const QString& text)
 {
-    int found = 0;
-    for (const auto& record : log.records())
-        found += record.level == level && record.line == line && record.function == function &&
-                 record.file == "module_scene/scene" && record.text == text;
-    return found == 1;
+    return log.countExactly(level, "module_scene/scene", line, function, text) == 1;
 }
 
 } // namespace

@@ -8,10 +8,14 @@
 #include <QWidget>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <vector>
 
 namespace qel {
 namespace test {
+
+class TestElement;
+typedef util::ZPointer<TestElement> Element;
 
 // A concrete element without drawing; its protected fields are opened for the tests.
 class TestElement : public scene::SceneElement
@@ -94,6 +98,17 @@ public:
 
     util::ZPointer<scene::Scene> scene;
 };
+
+// Whether another thread finds the element lock of the scene taken.
+inline bool lockedElsewhere(scene::Scene* scene)
+{
+    return std::async(std::launch::async, [scene] {
+               const bool taken = scene->tryLock();
+               if (taken)
+                   scene->unlock();
+               return !taken;
+           }).get();
+}
 
 // Records what a scene tells its observers, with the change cause of that moment.
 class SceneNoticeRecorder : public util::ZObserver

@@ -35,6 +35,19 @@ int LogCapture::count(const QString& textPart, int level) const
     return found;
 }
 
+int LogCapture::countExactly(unsigned int level, const QString& file, long line, const QString& function,
+                             const QString& text) const
+{
+    QMutexLocker locker(&mutex);
+    int found = 0;
+    for (const auto& record : lines) {
+        if (record.level == level && record.file == file && record.line == line && record.function == function
+            && record.text == text)
+            ++found;
+    }
+    return found;
+}
+
 void LogCapture::clear()
 {
     QMutexLocker locker(&mutex);

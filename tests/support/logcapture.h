@@ -22,6 +22,9 @@ public:
     // Lines whose text contains the given part, at the given level (any level if negative).
     int count(const QString& textPart, int level = -1) const;
     bool contains(const QString& textPart, int level = -1) const { return count(textPart, level) > 0; }
+    // Lines with exactly these fields.
+    int countExactly(unsigned int level, const QString& file, long line, const QString& function,
+                     const QString& text) const;
     void clear();
 
 private:

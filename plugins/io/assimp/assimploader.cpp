@@ -55,11 +55,6 @@ private:
     AssimpLoader* loader;
 };
 
-scene::Loader* AssimpLoader::create()
-{
-    return new AssimpLoader;
-}
-
 std::vector<std::pair<QString, QString>> AssimpLoader::supportedExtensions()
 {
     std::vector<std::pair<QString, QString>> result;

@@ -15,8 +15,6 @@ class AssimpLoader : public FileLoader
     Q_OBJECT
 
 public:
-    static scene::Loader* create();
-
     // Extensions (lower case, as assimp names them) with assimp's name of the importer,
     // without those that the project's own readers handle.
     static std::vector<std::pair<QString, QString>> supportedExtensions();

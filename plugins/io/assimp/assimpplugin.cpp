@@ -10,8 +10,7 @@ QEL_IO_PLUGIN_EXPORT bool doRegister()
 {
     bool registered = false;
     for (const auto& format : qel::io::plugins::AssimpLoader::supportedExtensions()) {
-        registered |= qel::io::scene::Importer::getInstance()->registerLoader(&qel::io::plugins::AssimpLoader::create,
-                                                                             format.first, format.second);
+        registered |= qel::io::plugins::FileLoader::registerFor<qel::io::plugins::AssimpLoader>(format.first, format.second);
     }
     return registered;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "module_scene/io/importer.h"
 #include "module_scene/io/loader.h"
 #include "plugins/io/common/preparedstorage.h"
 #include "plugins/io/readers/readmonitor.h"
@@ -27,6 +28,18 @@ class FileLoader : public scene::Loader
     Q_OBJECT
 
 public:
+    // The factory of a loader class, and its registration for a file extension.
+    template <class Derived>
+    static scene::Loader* create()
+    {
+        return new Derived;
+    }
+    template <class Derived>
+    static bool registerFor(const QString& extension, const QString& description)
+    {
+        return scene::Importer::getInstance()->registerLoader(&create<Derived>, extension, description);
+    }
+
     // The file exists, is a readable file and not empty, and its first bytes pass checkHead.
     bool checkFile(QString file) override;
 

@@ -4,11 +4,6 @@ namespace qel {
 namespace io {
 namespace plugins {
 
-scene::Loader* ObjLoader::create()
-{
-    return new ObjLoader;
-}
-
 // OBJ has no signature; text without NUL bytes is all that can be asked.
 bool ObjLoader::checkHead(const QByteArray& head) const
 {

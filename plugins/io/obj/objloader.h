@@ -12,9 +12,6 @@ class ObjLoader : public RawMeshLoader<readers::ObjParser>
 {
     Q_OBJECT
 
-public:
-    static scene::Loader* create();
-
 protected:
     bool checkHead(const QByteArray& head) const override;
 };

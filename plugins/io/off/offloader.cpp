@@ -6,11 +6,6 @@ namespace qel {
 namespace io {
 namespace plugins {
 
-scene::Loader* OffLoader::create()
-{
-    return new OffLoader;
-}
-
 // The keyword may be missing; then the file starts with its counts (after comments).
 bool OffLoader::checkHead(const QByteArray& head) const
 {

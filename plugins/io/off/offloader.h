@@ -12,9 +12,6 @@ class OffLoader : public RawMeshLoader<readers::OffParser>
 {
     Q_OBJECT
 
-public:
-    static scene::Loader* create();
-
 protected:
     bool checkHead(const QByteArray& head) const override;
 };

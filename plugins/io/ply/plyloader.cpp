@@ -4,11 +4,6 @@ namespace qel {
 namespace io {
 namespace plugins {
 
-scene::Loader* PlyLoader::create()
-{
-    return new PlyLoader;
-}
-
 bool PlyLoader::checkHead(const QByteArray& head) const
 {
     return head.startsWith("ply");

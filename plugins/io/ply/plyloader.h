@@ -12,9 +12,6 @@ class PlyLoader : public RawMeshLoader<readers::PlyParser>
 {
     Q_OBJECT
 
-public:
-    static scene::Loader* create();
-
 protected:
     bool checkHead(const QByteArray& head) const override;
     void configure(readers::PlyParser& parser) override;

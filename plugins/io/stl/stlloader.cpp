@@ -31,11 +31,6 @@ private:
 
 } // namespace
 
-scene::Loader* StlLoader::create()
-{
-    return new StlLoader;
-}
-
 bool StlLoader::checkHead(const QByteArray& head) const
 {
     return head.size() >= 84 || head.trimmed().startsWith("solid");

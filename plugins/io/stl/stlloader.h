@@ -14,8 +14,6 @@ class StlLoader : public FileLoader
     Q_OBJECT
 
 public:
-    static scene::Loader* create();
-
     using FileLoader::prepareStorage;
 
 protected:
