@@ -42,7 +42,7 @@ QString number(double value)
 
 } // namespace
 
-Loader::Loader() : QObject(nullptr), mesh(nullptr), aborted(false), lastReadingPercent(-1) {}
+Loader::Loader() : QObject(nullptr), mesh(nullptr), aborted(false), lastReadingPercent(-1), mergedWhileReading(0) {}
 
 Loader::~Loader() = default;
 
@@ -51,6 +51,7 @@ MeshModel* Loader::loadMesh(QString file)
     fileName = file;
     errorMessage.clear();
     lastReadingPercent = -1;
+    mergedWhileReading = 0;
     if (loadMeshFile()) {
         MeshModel* result = mesh;
         mesh = nullptr;
@@ -107,7 +108,8 @@ void Loader::step(int percent, const char* text)
 void Loader::processMesh(int mask)
 {
     CMeshO& cm = mesh->cm;
-    logStep(77, QStringLiteral("# Vertices: %1, # Faces: %2, # Triangles: %3").arg(cm.vn).arg(cm.fn).arg(cm.fn));
+    const qint64 merged = static_cast<qint64>(mergedWhileReading);
+    logStep(77, QStringLiteral("# Vertices: %1, # Faces: %2, # Triangles: %3").arg(cm.vn + merged).arg(cm.fn).arg(cm.fn));
 
     step(80, QT_TR_NOOP("Cleaning Mesh"));
     // The arrays of the topology are made on a second core meanwhile: on a large mesh their
@@ -117,7 +119,7 @@ void Loader::processMesh(int mask)
     FastMeshCleaner cleaner(cm);
     const int duplicates = cleaner.removeDuplicateVertices();
     const int unreferenced = cleaner.removeUnreferencedVertices();
-    logStep(85, QStringLiteral("Removed %1 duplicate and %2 unreferenced vertices").arg(duplicates).arg(unreferenced));
+    logStep(85, QStringLiteral("Removed %1 duplicate and %2 unreferenced vertices").arg(duplicates + merged).arg(unreferenced));
 
     step(83, QT_TR_NOOP("Removing deleted vertices"));
     cleaner.compactVertices();

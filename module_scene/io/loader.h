@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <atomic>
+#include <cstddef>
 
 namespace qel {
 namespace scene {
@@ -64,6 +65,10 @@ protected:
     // Reading progress of the plug-in: a fraction of the file mapped below 80; false once the
     // load has been aborted.
     bool reportReading(qint64 done, qint64 total);
+    // Vertices the plug-in merged into earlier ones before making the mesh. The log of the
+    // cleaning counts them as it would have met them, among the vertices and then among the
+    // duplicates, so that the same triangles tell the same in every format.
+    void setMergedWhileReading(std::size_t vertices) { mergedWhileReading = vertices; }
 
     QString fileName;
     qel::scene::MeshModel* mesh;
@@ -77,6 +82,7 @@ private:
 
     QString errorMessage;
     int lastReadingPercent;
+    std::size_t mergedWhileReading;
 };
 
 } // namespace scene

@@ -122,10 +122,9 @@ TEST_F(LoadModelEndToEnd, LoadsStlPlyObjAndOffWithThePipelinesCounts)
 
     const QString pipeline = "qel::io::scene::Loader::processMesh: ";
     const QStringList expected = {
-        // box.stl: 12 triangles with 36 corners of their own; the reader keeps the 8 of a box.
-        "qel::io::plugins::StlLoader::readFile: Merged 28 repeated corners of 12 triangles into 8 vertices",
-        pipeline + "# Vertices: 8, # Faces: 12, # Triangles: 12",
-        pipeline + "Removed 0 duplicate and 0 unreferenced vertices", pipeline + "# Vertices after cleaning: 8/8",
+        // box.stl: 12 triangles with 36 corners of their own, 28 of them repeated.
+        pipeline + "# Vertices: 36, # Faces: 12, # Triangles: 12",
+        pipeline + "Removed 28 duplicate and 0 unreferenced vertices", pipeline + "# Vertices after cleaning: 8/8",
         pipeline + "# Faces after cleaning: 12/12", pipeline + "Bounding Box (2 x 4 x 6)",
         pipeline + "Moving to center (1, 2, 3)",
         // tetra.ply

@@ -4,6 +4,7 @@
 #include "module_scene/io/importer.h"
 #include "module_scene/io/loader.h"
 #include "module_scene/meshmodel.h"
+#include "support/logcapture.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -78,6 +79,17 @@ inline QByteArray asciiStl(const std::vector<StlTriangle>& triangles)
     }
     data += "endsolid test\n";
     return data;
+}
+
+// The texts of the cleaning's log lines, in order.
+inline std::vector<QString> pipelineLines(const LogCapture& log)
+{
+    std::vector<QString> lines;
+    for (const log::LogRecord& record : log.records()) {
+        if (record.level == 4000 && QString(record.function) == "qel::io::scene::Loader::processMesh")
+            lines.push_back(record.text);
+    }
+    return lines;
 }
 
 // Loads files through the Importer with the project's plug-ins, recording the progress.

@@ -48,16 +48,6 @@ private:
     int mask;
 };
 
-std::vector<QString> pipelineLines(const LogCapture& log)
-{
-    std::vector<QString> lines;
-    for (const log::LogRecord& record : log.records()) {
-        if (record.level == 4000 && QString(record.function) == "qel::io::scene::Loader::processMesh")
-            lines.push_back(record.text);
-    }
-    return lines;
-}
-
 TEST(LoadPipeline, LogsEachStepWithItsCountsAndReportsProgressFrom80To100)
 {
     // A box from (0,0,0) to (2,4,6) in STL fashion, one triangle of it with a corner moved

@@ -1,6 +1,5 @@
 #include "plugins/io/stl/stlloader.h"
 
-#include "kernel/log/logger.h"
 #include "plugins/io/readers/cornermerger.h"
 #include "plugins/io/readers/stlparser.h"
 
@@ -45,11 +44,7 @@ bool StlLoader::readFile(QFile& file)
         return failParse(parser);
     if (merger.isTooLarge())
         return fail(tr("the mesh is too large: %1 triangles").arg(parser.getTriangleCount()));
-    log::Logger::log(4000, "plugins/io/stl/stlloader", 33, "qel::io::plugins::StlLoader::readFile", nullptr,
-                     tr("Merged %1 repeated corners of %2 triangles into %3 vertices")
-                         .arg(merger.getMergedCount())
-                         .arg(parser.getTriangleCount())
-                         .arg(merger.getCornerCount() - merger.getMergedCount()));
+    setMergedWhileReading(merger.getMergedCount());
     readers::RawMesh raw;
     merger.takeMesh(raw);
     return buildMesh(raw);
