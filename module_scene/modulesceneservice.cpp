@@ -11,7 +11,7 @@
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QStringList>
+#include <QJsonObject>
 #include <cmath>
 
 namespace qel {
@@ -22,71 +22,47 @@ namespace {
 typedef SceneElement::Matrix4 Matrix4;
 
 // JSON has no infinities or NaN: they are written as null.
-QString number(double value)
+QJsonValue number(double value)
 {
-    return std::isfinite(value) ? QString::number(value, 'g', 17) : QStringLiteral("null");
+    return std::isfinite(value) ? QJsonValue(value) : QJsonValue();
 }
 
-QString text(const QString& value)
+QJsonValue nameOrNull(const SceneElement* element)
 {
-    const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(array.mid(1, array.size() - 2));
+    return element ? QJsonValue(element->getName()) : QJsonValue();
 }
 
-QString nameOrNull(const SceneElement* element)
+QJsonArray matrix(const Matrix4& values)
 {
-    return element ? text(element->getName()) : QStringLiteral("null");
-}
-
-QString boolean(bool value)
-{
-    return value ? QStringLiteral("true") : QStringLiteral("false");
-}
-
-QString list(const QStringList& entries)
-{
-    return "[" + entries.join(", ") + "]";
-}
-
-QString matrix(const Matrix4& values)
-{
-    QStringList entries;
+    QJsonArray entries;
     for (int i = 0; i < 16; ++i)
-        entries << number(values[i]);
-    return list(entries);
+        entries.append(number(values[i]));
+    return entries;
 }
 
-QString object(const QStringList& members)
+QJsonObject elementObject(const SceneElement* element)
 {
-    return "{" + members.join(", ") + "}";
-}
-
-QString member(const char* key, const QString& value)
-{
-    return text(QString::fromLatin1(key)) + ": " + value;
-}
-
-QString elementObject(const SceneElement* element)
-{
-    QStringList childs;
+    QJsonArray childs;
     for (const SceneElement::Pointer& child : *element->getChilds())
-        childs << text(child->getName());
-    return object({member("name", text(element->getName())), member("type", text(element->getTypeName())),
-                   member("parent", nameOrNull(element->getParentSceneElement().get())),
-                   member("visible", boolean(element->isVisible())),
-                   member("transform", matrix(element->getTransformMatrix())),
-                   member("complete", matrix(element->getCompleteTransformMatrix())),
-                   member("origin", matrix(element->getOrigin())),
-                   member("scalingFactor", number(element->getScalingFactor())), member("childs", list(childs))});
+        childs.append(child->getName());
+    return {{"name", element->getName()},
+            {"type", element->getTypeName()},
+            {"parent", nameOrNull(element->getParentSceneElement().get())},
+            {"visible", element->isVisible()},
+            {"transform", matrix(element->getTransformMatrix())},
+            {"complete", matrix(element->getCompleteTransformMatrix())},
+            {"origin", matrix(element->getOrigin())},
+            {"scalingFactor", number(element->getScalingFactor())},
+            {"childs", childs}};
 }
 
 // A lost point's element may be gone: its name isn't read any more.
-QString pointObject(const SelectedPoint* point)
+QJsonObject pointObject(const SelectedPoint* point)
 {
     const SelectedPoint::Vector4& position = point->getOriginalPoint();
     const SceneElement* element = point->isElementLost() ? nullptr : point->getElement();
-    return object({member("element", nameOrNull(element)),
-                   member("position", list({number(position[0]), number(position[1]), number(position[2])}))});
+    return {{"element", nameOrNull(element)},
+            {"position", QJsonArray{number(position[0]), number(position[1]), number(position[2])}}};
 }
 
 // Renders on the application thread, where all GL work of the module happens.
@@ -152,19 +128,18 @@ QString ModuleSceneService::dumpScene()
 QString ModuleSceneService::toJson(Scene* scene)
 {
     SceneLocker locker(scene, SceneLocker::LOCK_ELEMENTS);
-    QStringList elements;
+    QJsonArray elements;
     for (const SceneElement::Pointer& element : *scene->getElementList())
-        elements << "    " + elementObject(element.get());
-    QStringList points;
+        elements.append(elementObject(element.get()));
+    QJsonArray points;
     for (const Scene::PointPointer& point : *scene->getSelectedPoints())
-        points << "    " + pointObject(point.get());
-    QStringList members;
-    members << member("globalScalingFactor", number(scene->getGlobalScalingFactor()))
-            << member("measuring", number(scene->getMeasuring()))
-            << member("focused", nameOrNull(scene->getFocusedNode().get()))
-            << member("elements", elements.isEmpty() ? "[]" : "[\n" + elements.join(",\n") + "\n  ]")
-            << member("selectedPoints", points.isEmpty() ? "[]" : "[\n" + points.join(",\n") + "\n  ]");
-    return "{\n  " + members.join(",\n  ") + "\n}\n";
+        points.append(pointObject(point.get()));
+    const QJsonObject document{{"globalScalingFactor", number(scene->getGlobalScalingFactor())},
+                               {"measuring", number(scene->getMeasuring())},
+                               {"focused", nameOrNull(scene->getFocusedNode().get())},
+                               {"elements", elements},
+                               {"selectedPoints", points}};
+    return QString::fromUtf8(QJsonDocument(document).toJson(QJsonDocument::Indented));
 }
 
 } // namespace scene

@@ -20,7 +20,7 @@ public:
     QString dumpScene() override;
 
     // The JSON of a scene: its global numbers, focus, elements in registry order and picked
-    // points. Numbers carry 17 significant digits, so that they read back exactly.
+    // points. Numbers carry the digits they need to read back exactly; non-finite ones are null.
     static QString toJson(Scene* scene);
 };
 

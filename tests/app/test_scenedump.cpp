@@ -99,7 +99,8 @@ TEST(SceneDump, ShowsTheMatricesAfterMovesUndoAndRedo)
 {
     const ScriptRun run = runScript({"translate(Coordinatesystem,10,0,0,1)",
                                      "translate(MultipleElementsSelection,10,0,0,1)",
-                                     "rotate(MultipleElementsSelection,0,0,1,90,1,0)", "undo", "redo", "measure(0.1)"},
+                                     "rotate(MultipleElementsSelection,0,0,1,90,1,0)", "undo", "redo",
+                                     "measure(0.30000000000000004)"},
                                     {"--log-level", "4000"});
     ASSERT_EQ(0, run.exitCode) << run.err.toStdString();
     // The root refuses to move; the level 4000 also shows the tree.
@@ -118,7 +119,7 @@ TEST(SceneDump, ShowsTheMatricesAfterMovesUndoAndRedo)
         EXPECT_NEAR(expected[i], moved[i], 1e-15) << i;
     EXPECT_EQ(moved, numbers(elements[1].toObject()["complete"]));
 
-    // Numbers carry 17 significant digits.
-    EXPECT_EQ(0.1, scene["measuring"].toDouble());
-    EXPECT_TRUE(run.dump.contains("\"measuring\": 0.10000000000000001")) << run.dump.toStdString();
+    // Numbers carry every digit they need to read back exactly.
+    EXPECT_EQ(0.30000000000000004, scene["measuring"].toDouble());
+    EXPECT_TRUE(run.dump.contains("\"measuring\": 0.30000000000000004")) << run.dump.toStdString();
 }
