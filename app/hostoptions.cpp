@@ -1,7 +1,25 @@
 #include "hostoptions.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QRegularExpression>
+
+namespace {
+
+// The parser names the program after the application object, which the host makes only
+// once the display is settled: a plain one stands in until then.
+QString helpTextOf(const QCommandLineParser& parser, const QString& program)
+{
+    if (QCoreApplication::instance())
+        return parser.helpText();
+    QByteArray name = program.toLocal8Bit();
+    char* argv[] = {name.data(), nullptr};
+    int argc = 1;
+    QCoreApplication application(argc, argv);
+    return parser.helpText();
+}
+
+} // namespace
 
 bool HostOptions::parse(const QStringList& arguments, QString* error)
 {
@@ -38,7 +56,7 @@ bool HostOptions::parse(const QStringList& arguments, QString* error)
     }
     if (parser.isSet(help)) {
         helpRequested = true;
-        helpText = parser.helpText();
+        helpText = helpTextOf(parser, arguments.value(0, QStringLiteral("qel")));
         return true;
     }
     files = parser.positionalArguments();

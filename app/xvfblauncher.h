@@ -2,10 +2,12 @@
 
 #include <QString>
 
-class QProcess;
+#include <sys/types.h>
 
 // Mesa's OpenGL needs an X server even when nothing is shown. Where no display is
-// reachable, the host starts a private Xvfb that lives as long as the host.
+// reachable, a private Xvfb is started that lives as long as its starter: it is stopped
+// when the launcher goes, and the kernel stops it when the starter dies in any other way
+// (a crash, SIGKILL). Shared by qel and qel-bench.
 class XvfbLauncher
 {
 public:
@@ -18,8 +20,16 @@ public:
 
     // Makes sure DISPLAY names a reachable server; starts Xvfb if needed.
     bool ensureDisplay(QString* error);
-    bool ownsServer() const { return process != nullptr; }
+    bool ownsServer() const { return server > 0; }
 
 private:
-    QProcess* process = nullptr;
+    // Starts the server with its display number written to `displayPipe`, and its messages
+    // to `messages`; false when fork fails.
+    bool spawn(const QString& program, int displayPipe, int messages);
+    // The display number the server writes once it listens; empty when it ends first or
+    // takes too long.
+    static QByteArray readDisplayNumber(int displayPipe);
+    void stop();
+
+    pid_t server = 0;
 };

@@ -1,5 +1,6 @@
 #include "renderbenchmark.h"
 
+#include "app/xvfblauncher.h"
 #include "benchoptions.h"
 #include "benchreport.h"
 #include "module_scene/mesh/cmesho.h"
@@ -132,6 +133,13 @@ int runRenderBenchmark(int argc, char** argv)
         std::fprintf(stderr, "usage: qel-bench render [--triangles N] [--frames N] [--json FILE]\n");
         return 2;
     }
+    // Mesa's OpenGL needs an X server: without a display the benchmark brings its own.
+    XvfbLauncher xvfb;
+    QString error;
+    if (!QCoreApplication::instance() && !xvfb.ensureDisplay(&error)) {
+        std::fprintf(stderr, "qel-bench render: %s\n", qPrintable(error));
+        return 1;
+    }
     std::unique_ptr<QGuiApplication> application;
     if (!QCoreApplication::instance())
         application.reset(new QGuiApplication(argc, argv));
@@ -140,7 +148,7 @@ int runRenderBenchmark(int argc, char** argv)
     surface.create();
     QOpenGLContext context;
     if (!context.create() || !context.makeCurrent(&surface)) {
-        std::fprintf(stderr, "qel-bench render: no OpenGL context (an X display is needed, e.g. under xvfb-run)\n");
+        std::fprintf(stderr, "qel-bench render: no OpenGL context\n");
         return 1;
     }
     QOpenGLFramebufferObject frameBuffer(Width, Height, QOpenGLFramebufferObject::Depth);

@@ -1,8 +1,13 @@
 // End-to-end tests of the qel executable, as a user runs it.
 #include "app/hostprocess.h"
 
+#include <QDir>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
+#include <QThread>
 #include <algorithm>
+#include <csignal>
+#include <sys/stat.h>
 
 using namespace qel::test;
 
@@ -11,6 +16,61 @@ namespace {
 QString writeScript(const QTemporaryDir& dir, const QString& name, const QStringList& lines)
 {
     return qel::test::writeScript(dir.filePath(name), lines);
+}
+
+QProcessEnvironment withoutDisplay()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("DISPLAY"));
+    return environment;
+}
+
+// The process's "stat" line split after the command name, which may hold blanks:
+// state, parent, ...; empty when the process is gone.
+QStringList statusFields(const QString& pid, QString* command = nullptr)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QString line = QString::fromLatin1(file.readAll());
+    const int open = line.indexOf(QLatin1Char('('));
+    const int close = line.lastIndexOf(QLatin1Char(')'));
+    if (open < 0 || close < open)
+        return {};
+    if (command)
+        *command = line.mid(open + 1, close - open - 1);
+    return line.mid(close + 2).split(QLatin1Char(' '));
+}
+
+// A child of `parent` running `name`, waited for up to `timeoutMs`; 0 if none came.
+qint64 childNamed(qint64 parent, const QString& name, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    do {
+        for (const QString& pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+            QString command;
+            const QStringList fields = statusFields(pid, &command);
+            if (fields.size() > 1 && command == name && fields[1].toLongLong() == parent)
+                return pid.toLongLong();
+        }
+        QThread::msleep(50);
+    } while (clock.elapsed() < timeoutMs);
+    return 0;
+}
+
+// Gone, or dead and waiting for an adoptive parent to collect it.
+bool endsWithin(qint64 pid, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    do {
+        const QStringList fields = statusFields(QString::number(pid));
+        if (fields.isEmpty() || fields[0] == QLatin1String("Z"))
+            return true;
+        QThread::msleep(50);
+    } while (clock.elapsed() < timeoutMs);
+    return false;
 }
 
 } // namespace
@@ -86,6 +146,41 @@ TEST(Host, StartsItsOwnXServerWhenNoDisplayIsReachable)
     const HostRun result = runHost({QStringLiteral("--offscreen"), QStringLiteral("--list-commands")}, environment);
     EXPECT_EQ(0, result.exitCode) << result.err.toStdString();
     EXPECT_TRUE(result.out.contains(QStringLiteral("undo")));
+}
+
+// The usage is written before anything else is started, with or without a display.
+TEST(Host, PrintsItsUsageOnHelp)
+{
+    for (const QProcessEnvironment& environment : {QProcessEnvironment::systemEnvironment(), withoutDisplay()}) {
+        for (const QString& option : {QStringLiteral("--help"), QStringLiteral("-h")}) {
+            const HostRun result = runHost({option}, environment);
+            EXPECT_EQ(0, result.exitCode) << result.err.toStdString();
+            EXPECT_TRUE(result.out.startsWith(QStringLiteral("Usage: "))) << result.out.toStdString();
+            for (const char* listed : {"--run", "--offscreen", "--dump-scene", "--log-level", "FILE"})
+                EXPECT_TRUE(result.out.contains(QLatin1String(listed))) << listed << "\n" << result.out.toStdString();
+        }
+    }
+}
+
+// A host that is killed has no chance to stop its X server: the server must go by itself.
+TEST(Host, ItsOwnXServerEndsWhenTheHostIsKilled)
+{
+    QTemporaryDir dir;
+    // A script that is a pipe nobody writes to: the host waits for its first line for ever.
+    const QString script = dir.filePath(QStringLiteral("never.qel"));
+    ASSERT_EQ(0, ::mkfifo(QFile::encodeName(script).constData(), 0600));
+    QProcess host;
+    host.setProcessEnvironment(withoutDisplay());
+    host.start(QStringLiteral(QEL_EXECUTABLE), {QStringLiteral("--offscreen"), QStringLiteral("--run"), script});
+    ASSERT_TRUE(host.waitForStarted());
+    const qint64 server = childNamed(host.processId(), QStringLiteral("Xvfb"), 30000);
+    EXPECT_NE(0, server) << "the host started no X server";
+    ::kill(static_cast<pid_t>(host.processId()), SIGKILL);
+    ASSERT_TRUE(host.waitForFinished(10000));
+    EXPECT_EQ(QProcess::CrashExit, host.exitStatus());
+    if (server) {
+        EXPECT_TRUE(endsWithin(server, 10000)) << "Xvfb " << server << " outlived its host";
+    }
 }
 
 TEST(Host, OpensTheMeshFilesNamedOnTheCommandLine)
