@@ -18,7 +18,8 @@ public:
 
     static bool isDisplayReachable(const QString& display);
 
-    // Makes sure DISPLAY names a reachable server; starts Xvfb if needed.
+    // Makes sure DISPLAY names a reachable server; starts Xvfb if needed. Call it on the
+    // main thread: the kernel ties the server to the thread that started it, not the process.
     bool ensureDisplay(QString* error);
     bool ownsServer() const { return server > 0; }
 
