@@ -34,9 +34,12 @@ TEST_F(ReadersTest, StlBinaryAndAsciiGiveTheSameClosedBox)
 {
     const std::vector<StlTriangle> box = boxTriangles(0, 0, 0, 2, 4, 6);
     // A binary header may begin with "solid": the size decides.
+    std::vector<std::vector<QString>> logs;
     for (const QByteArray& contents : {binaryStl(box), binaryStl(box, "solid but binary"), asciiStl(box)}) {
+        LogCapture log;
         Result result = load(write("box.stl", contents));
         ASSERT_TRUE(result.model) << qPrintable(result.error);
+        logs.push_back(pipelineLines(log));
         const CMeshO& cm = result.model->cm;
         EXPECT_EQ(8, cm.vn);
         EXPECT_EQ(12, cm.fn);
@@ -46,6 +49,12 @@ TEST_F(ReadersTest, StlBinaryAndAsciiGiveTheSameClosedBox)
         EXPECT_EQ(CMeshO::VertexVector::value_type::Point(-1.0, -2.0, -3.0), cm.bbox.min);
         EXPECT_EQ(CMeshO::VertexVector::value_type::Point(1.0, 2.0, 3.0), cm.bbox.max);
     }
+    // Both readers merge the 36 corners as they read; the log counts them as the file has them.
+    ASSERT_GE(logs[0].size(), 2u);
+    EXPECT_EQ(QStringLiteral("# Vertices: 36, # Faces: 12, # Triangles: 12"), logs[0][0]);
+    EXPECT_EQ(QStringLiteral("Removed 28 duplicate and 0 unreferenced vertices"), logs[0][1]);
+    EXPECT_EQ(logs[0], logs[1]);
+    EXPECT_EQ(logs[0], logs[2]);
 }
 
 // Every corner written out as a vertex of its own, for the cleaning to merge.
