@@ -1,17 +1,25 @@
 #include "module_scene/scenevcgmodel.h"
 
+#include "kernel/io/zfile.h"
+#include "kernel/io/ztarfile.h"
 #include "kernel/log/logger.h"
+#include "kernel/main/outputconsole.h"
+#include "kernel/main/overseer.h"
 #include "kernel/util/exception.h"
+#include "kernel/util/md5.h"
 #include "kernel/util/meminfo.h"
 #include "module_scene/mesh/meshbvh.h"
 #include "module_scene/mesh/meshcrossingblocks.h"
 #include "module_scene/mesh/meshrenderer.h"
+#include "module_scene/mesh/meshtopology.h"
+#include "module_scene/mesh/modelentry.h"
 #include "module_scene/meshmodel.h"
 #include "module_scene/sceneelementfactory.h"
 
 #include <QMutexLocker>
 #include <QWidget>
 #include <QReadLocker>
+#include <QTemporaryFile>
 #include <QWriteLocker>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
@@ -21,6 +29,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <qopengl.h>
 
 namespace qel {
@@ -287,6 +296,37 @@ void SceneVCGModel::saveTo(QXmlStreamWriter* writer, io::ZTarFile* tar, const bo
     writer->writeAttribute("y", QString::number(preSetCenter.y(), 'g', 6));
     writer->writeAttribute("z", QString::number(preSetCenter.z(), 'g', 6));
     writer->writeEndElement();
+    saveMesh(writer, tar, abort);
+}
+
+QString SceneVCGModel::getArchiveEntryName() const
+{
+    return QStringLiteral("models/") + util::MD5::calc(m_name) + QStringLiteral(".qelmodel");
+}
+
+// Without a temporary file the XML names no entry; an abort leaves the entry out of the
+// archive although the XML names it.
+void SceneVCGModel::saveMesh(QXmlStreamWriter* writer, io::ZTarFile* tar, const bool& abort)
+{
+    const char* const function = "qel::scene::SceneVCGModel::saveTo";
+    const QString entry = getArchiveEntryName();
+    QTemporaryFile file;
+    if (!file.open()) {
+        log::Logger::log(2000, LogFile, 1125, function, nullptr, "Counldn't open temporay file %s",
+                         qPrintable(file.fileName()));
+        return;
+    }
+    writer->writeTextElement("filename", entry);
+    const CMeshO empty;
+    QString reason;
+    if (!ModelEntry::write(meshModel ? meshModel->cm : empty, &file, abort, reason)) {
+        if (!reason.isEmpty())
+            log::Logger::log(1000, LogFile, 1136, function, nullptr, "Model '%s': %s", qPrintable(m_name),
+                             qPrintable(reason));
+        return;
+    }
+    if (tar)
+        tar->addFile(&file, entry, abort);
 }
 
 // Decimal text comes back as float where the file format says so (shininess, centre).
@@ -316,7 +356,78 @@ void SceneVCGModel::loadFrom(QXmlStreamReader* reader, io::ZTarFile* tar, Scene*
         settings.shininess = reader->readElementText().toFloat();
     } else if (tag == QLatin1String("advancedColoring")) {
         settings.advancedColoring = reader->readElementText().toInt() != 0;
+    } else if (tag == QLatin1String("filename")) {
+        loadMesh(reader->readElementText(), tar, abort);
     }
+}
+
+// The mesh is built apart and taken over only when complete: a refused or aborted entry
+// leaves the element as it was.
+void SceneVCGModel::loadMesh(const QString& entry, io::ZTarFile* tar, bool& abort)
+{
+    const char* const function = "qel::scene::SceneVCGModel::loadFrom";
+    std::unique_ptr<io::ZFile> file(tar ? tar->getFile(entry) : nullptr);
+    if (!file)
+        throw Exception(QStringLiteral("Could find file %1 in project file").arg(entry), LogFile, 1180, function);
+    const QString project = tar->getArchivePath();
+    auto refuse = [&](const QString& reason) {
+        throw Exception(tr("Model '%1' can't be read from entry '%2' of project '%3': %4")
+                            .arg(m_name, entry, project, reason),
+                        LogFile, 1186, function);
+    };
+    if (!file->open(QIODevice::ReadOnly))
+        refuse(file->errorString());
+    ModelEntry::Counts counts;
+    bool hasColors = false;
+    QString reason;
+    if (!ModelEntry::readCounts(file.get(), counts, hasColors, reason))
+        refuse(reason);
+
+    if (main::OutputConsole* console = main::Overseer::getInstance()->getOutputConsole()) {
+        console->appendText(m_name);
+        console->appendText(tr("# Vertices: %1").arg(counts.vertices));
+        console->appendText(tr("# Triangles: %1").arg(counts.faces));
+    }
+    if (!checkForMemory(counts.vertices, counts.faces)) {
+        log::Logger::log(2000, LogFile, 1203, function, nullptr, "Couldn't allocate enough memory to load model - abort");
+        abort = true;
+        return;
+    }
+
+    std::unique_ptr<MeshModel> mesh(new MeshModel);
+    mesh->drawMode = pendingDrawMode;
+    CMeshO& cm = mesh->cm;
+    // The adjacency arrays are switched on directly: the data mask doesn't learn of them.
+    cm.face.enableFaceFace();
+    cm.face.enableVertexFace();
+    if (hasColors)
+        mesh->Enable(MeshModel::FACE_COLOR);
+    if (counts.vertices > 0) {
+        if (!ModelEntry::readRecords(file.get(), counts, cm, abort, reason)) {
+            if (reason.isEmpty())
+                return;
+            refuse(reason);
+        }
+        MeshTopology::buildFaceFace(cm);
+        MeshTopology::buildVertexFace(cm);
+    } else if (counts.faces > 0) {
+        refuse(tr("its %1 faces have no vertices").arg(counts.faces));
+    }
+    takeLoadedMesh(mesh.release(), counts.vertices > 0);
+}
+
+// A mesh without vertices stays busy: the element then shows its box.
+void SceneVCGModel::takeLoadedMesh(MeshModel* mesh, bool complete)
+{
+    {
+        QMutexLocker locker(&renderMutex);
+        delete meshModel;
+        meshModel = mesh;
+    }
+    if (!complete)
+        return;
+    initMeshModel();
+    meshModel->busy = false;
 }
 
 // The model properties panel is not part of the module yet.
