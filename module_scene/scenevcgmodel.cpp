@@ -304,11 +304,13 @@ QString SceneVCGModel::getArchiveEntryName() const
     return QStringLiteral("models/") + util::MD5::calc(m_name) + QStringLiteral(".qelmodel");
 }
 
-// Without a temporary file the XML names no entry; an abort leaves the entry out of the
-// archive although the XML names it.
+// Without an archive or a temporary file the XML names no entry; an abort leaves the entry
+// out of the archive although the XML names it.
 void SceneVCGModel::saveMesh(QXmlStreamWriter* writer, io::ZTarFile* tar, const bool& abort)
 {
     const char* const function = "qel::scene::SceneVCGModel::saveTo";
+    if (!tar)
+        return;
     const QString entry = getArchiveEntryName();
     QTemporaryFile file;
     if (!file.open()) {
@@ -325,8 +327,7 @@ void SceneVCGModel::saveMesh(QXmlStreamWriter* writer, io::ZTarFile* tar, const 
                              qPrintable(reason));
         return;
     }
-    if (tar)
-        tar->addFile(&file, entry, abort);
+    tar->addFile(&file, entry, abort);
 }
 
 // Decimal text comes back as float where the file format says so (shininess, centre).
