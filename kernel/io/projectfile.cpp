@@ -125,6 +125,12 @@ void ProjectFile::progress(int step, int steps, int percent, const QString& text
     progressFunction((step * 100 + bounded) * SectionsShare / (std::max(steps, 1) * 100), text);
 }
 
+void ProjectFile::finished(const QString& text) const
+{
+    if (progressFunction)
+        progressFunction(100, text);
+}
+
 void ProjectFile::clear()
 {
     reset();
@@ -163,7 +169,7 @@ bool ProjectFile::save(const QString& path, const bool& abort)
         return failSave(path, qt_error_string(errno));
     temporary.setAutoRemove(false);
     syncFolder(folder.filePath());
-    progress(1, 1, 0, tr("Project saved"));
+    finished(tr("Project saved"));
     manager->setCurrentFile(target.filePath());
     manager->setModified(false);
     return true;
@@ -256,7 +262,7 @@ bool ProjectFile::open(const QString& path, bool& abort)
         return false;
     }
     commitOrClear(loaded);
-    progress(1, 1, 0, tr("Project opened"));
+    finished(tr("Project opened"));
     manager->setCurrentFile(info.absoluteFilePath());
     manager->setModified(false);
     return true;

@@ -62,6 +62,7 @@ private:
     bool abortWith(const QString& message);
     void reset();
     void progress(int step, int steps, int percent, const QString& text) const;
+    void finished(const QString& text) const;
     bool writeSections(const QString& path, QByteArray* xml, ZTarFile* tar, const bool& abort);
     bool writeArchive(const QString& path, const QString& temporaryPath, const bool& abort);
     bool readSections(const QString& path, QXmlStreamReader* reader, ZTarFile* tar, bool& abort,
