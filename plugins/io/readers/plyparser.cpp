@@ -196,7 +196,9 @@ bool PlyParser::parse(QIODevice& device, RawMesh& mesh)
     ByteSource bytes(device);
     source = &bytes;
     TextScanner scanner(bytes);
-    if (!header.parse(scanner)) {
+    const bool headerRead = header.parse(scanner);
+    warn(header.getWarnings());
+    if (!headerRead) {
         if (bytes.hasFailed())
             return failTruncated(bytes, QString());
         return fail(header.getError());
