@@ -412,6 +412,23 @@ TEST_F(ReadersTest, PlyHeaderLinesOfNoKnownKeywordAreSkippedWithAWarning)
     EXPECT_EQ(1, log.count("80 more warnings", 2000));
 }
 
+TEST_F(ReadersTest, ObjNumbersWithStrayCharactersAndFacesWithoutSurfaceAreReadPast)
+{
+    const QByteArray obj = "v 0 0 0\nv 1 0 0\nv 0 3.1+e2 0\nf\nf 1 2\nf 1 2 3\n";
+    const QString path = write("lenient.obj", obj);
+    LogCapture log;
+    Result result = load(path);
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    EXPECT_EQ(1, result.model->cm.fn);
+    EXPECT_DOUBLE_EQ(3.1 / 2, result.model->cm.bbox.max.y());
+    EXPECT_EQ(1, log.count("While reading '" + path + "': line 3: '3.1+e2' read as 3.1", 2000));
+    EXPECT_EQ(0, log.count("3.10000"));
+    EXPECT_EQ(1, log.count("line 4: face 1 has 0 corners, fewer than a face needs: skipped", 2000));
+    EXPECT_EQ(1, log.count("line 5: face 2 has 2 corners, fewer than a face needs: skipped", 2000));
+    // Nothing but lines is no surface.
+    EXPECT_TRUE(refused("lines.obj", "v 0 0 0\nv 1 0 0\nf 1 2\n").contains("no triangles"));
+}
+
 TEST_F(ReadersTest, PointCloudsAreRefusedAsSuch)
 {
     const QByteArray ply = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"

@@ -124,11 +124,11 @@ bool AssimpSceneCollector::checkFace(const aiFace& face, unsigned int faceNumber
 bool AssimpSceneCollector::failWithoutTriangles()
 {
     if (points > 0 && lines > 0)
-        return fail(QStringLiteral("no triangles: the file holds only %1 points and %2 lines").arg(points).arg(lines));
+        return fail(QStringLiteral("no triangles: only points (%1) and lines (%2)").arg(points).arg(lines));
     if (points > 0)
         return fail(QStringLiteral("no triangles: a point cloud of %1 points").arg(points));
     if (lines > 0)
-        return fail(QStringLiteral("no triangles: the file holds only %1 lines").arg(lines));
+        return fail(QStringLiteral("no triangles: only lines (%1)").arg(lines));
     return fail(QStringLiteral("no triangles: the file holds no faces"));
 }
 

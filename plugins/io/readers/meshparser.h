@@ -32,6 +32,7 @@ public:
 protected:
     bool fail(const QString& reason);
     void warn(const ReadWarnings& more) { warnings.append(more); }
+    void warn(const QString& warning) { warnings.add(warning); }
     // Reports the position; false (with the failure set) when the read is to stop.
     bool advance(qint64 position);
     // The failure for input that ended early or could not be read from the device.
