@@ -429,6 +429,27 @@ TEST_F(ReadersTest, ObjNumbersWithStrayCharactersAndFacesWithoutSurfaceAreReadPa
     EXPECT_TRUE(refused("lines.obj", "v 0 0 0\nv 1 0 0\nf 1 2\n").contains("no triangles"));
 }
 
+TEST_F(ReadersTest, PlyElementsWithoutPropertiesHoldNoData)
+{
+    // However many such elements the header announces, none takes a byte or a line.
+    for (const char* format : {"ascii", "binary_little_endian"}) {
+        QByteArray ply = QByteArray("ply\nformat ") + format + " 1.0\nelement nothing 2000000000\nelement vertex 3\n"
+                         "property float x\nproperty float y\nproperty float z\n"
+                         "element face 1\nproperty list uchar int vertex_indices\nend_header\n";
+        if (QByteArray(format) == "ascii") {
+            ply += "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+        } else {
+            const float points[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+            ply.append(reinterpret_cast<const char*>(points), sizeof points);
+            const qint32 corners[3] = {0, 1, 2};
+            ply.append(char(3)).append(reinterpret_cast<const char*>(corners), sizeof corners);
+        }
+        Result result = load(write("empty_elements.ply", ply));
+        ASSERT_TRUE(result.model) << format << ": " << qPrintable(result.error);
+        EXPECT_EQ(1, result.model->cm.fn) << format;
+    }
+}
+
 TEST_F(ReadersTest, PointCloudsAreRefusedAsSuch)
 {
     const QByteArray ply = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
