@@ -134,7 +134,7 @@ QString reasonGroup(const QString& reason)
 {
     QString group = reason;
     group.replace(QRegularExpression(QStringLiteral("'[^']*'")), QStringLiteral("'…'"));
-    group.replace(QRegularExpression(QStringLiteral("/[^ :)\"]+")), QStringLiteral("…"));
+    group.replace(QRegularExpression(QStringLiteral("(?<=[ (\"])/[^ :)\"]+")), QStringLiteral("…"));
     group.replace(QRegularExpression(QStringLiteral("\\d+")), QStringLiteral("N"));
     return group.left(110);
 }
