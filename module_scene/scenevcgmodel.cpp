@@ -8,6 +8,7 @@
 #include "kernel/util/exception.h"
 #include "kernel/util/md5.h"
 #include "kernel/util/meminfo.h"
+#include "module_scene/glmaterial.h"
 #include "module_scene/mesh/meshbvh.h"
 #include "module_scene/mesh/meshcrossingblocks.h"
 #include "module_scene/mesh/meshrenderer.h"
@@ -939,9 +940,8 @@ void SceneVCGModel::drawNormals()
         static_cast<float>(static_cast<float>(m_boundingSphereDiameter) * 0.01 / m_scalingFactor);
     glPushMatrix();
     glScaled(m_scalingFactor, m_scalingFactor, m_scalingFactor);
-    glEnable(GL_COLOR_MATERIAL);
+    GLMaterial::applyColor(0.0f, 0.0f, 0.9f, 1.0f);
     glBegin(GL_LINES);
-    glColor3f(0.0f, 0.0f, 0.9f);
     if (renderPerFace) {
         for (const CFaceO& face : mesh->face) {
             if (face.isDeleted() || !face.hasCorners())
@@ -974,9 +974,10 @@ void SceneVCGModel::applyMaterial()
         glMaterialOf(GL_DIFFUSE, settings.diffuseColor, alpha);
         glMaterialOf(GL_SPECULAR, settings.specularColor, alpha);
         glMaterialf(GL_FRONT, GL_SHININESS, static_cast<float>(settings.shininess));
+        // The box outline of a busy mesh is unlit: it shows the current colour.
+        glColorOf(settings.diffuseColor, alpha);
     } else {
-        glEnable(GL_COLOR_MATERIAL);
-        glColorOf(settings.modelColor, alpha);
+        GLMaterial::applyColor(settings.modelColor, alpha);
     }
 }
 
