@@ -2,8 +2,10 @@
 
 #include "commandlinewidget.h"
 #include "progressdisplay.h"
+#include "projectmenu.h"
 #include "scriptrunner.h"
 
+#include "kernel/io/projectfile.h"
 #include "kernel/main/abstractparameter.h"
 #include "kernel/main/command.h"
 #include "kernel/main/commandprocessor.h"
@@ -121,12 +123,17 @@ bool Host::runScripts()
 }
 
 // Files named on the command line are loaded as the file dialog loads them: one
-// loadmodel each, placed clear of the models before it.
+// loadmodel each, placed clear of the models before it; a project file is opened.
 QStringList Host::openFilesCommands() const
 {
     QStringList commands;
-    for (const QString& file : options.files)
-        commands << QStringLiteral("loadmodel(%1,0,inplace)").arg(QFileInfo(file).absoluteFilePath());
+    for (const QString& file : options.files) {
+        const QFileInfo info(file);
+        if (info.suffix().compare(QLatin1String(qel::io::ProjectFile::Suffix), Qt::CaseInsensitive) == 0)
+            commands << QStringLiteral("openproject(%1)").arg(info.absoluteFilePath());
+        else
+            commands << QStringLiteral("loadmodel(%1,0,inplace)").arg(info.absoluteFilePath());
+    }
     return commands;
 }
 
@@ -193,7 +200,7 @@ int Host::runWindow()
     overseer->getMenuAndToolbarManager()->update();
     progress.reset();
     progress.reset(new ProgressDisplay(window));
-    window->setWindowTitle(QStringLiteral("qel"));
+    new ProjectMenu(window, overseer->getMenuAndToolbarManager());
     window->resize(1280, 900);
     window->show();
     commandLine->setFocus();

@@ -2,11 +2,13 @@
 //   qel-bench load [--triangles N] [--file PATH] [--json FILE]   loading a large binary STL
 //   qel-bench micro [Google Benchmark flags]   small kernels (events, pointers, parsing)
 //   qel-bench pick [--triangles N] [--rays N] [--json FILE]   ray picks on a large model
+//   qel-bench project [--triangles N] [--dir FOLDER] [--json FILE]   saving and opening a project
 //   qel-bench render [--triangles N] [--frames N] [--json FILE]   drawing a large model
 // Each sub-command prints a table; those that take --json FILE also write their figures there.
 #include "loadbenchmark.h"
 #include "microbenchmarks.h"
 #include "pickbenchmark.h"
+#include "projectbenchmark.h"
 #include "renderbenchmark.h"
 
 #include <cstdio>
@@ -25,6 +27,7 @@ const std::map<std::string, SubCommand>& subCommands()
         {"load", runLoadBenchmark},
         {"micro", runMicroBenchmarks},
         {"pick", runPickBenchmark},
+        {"project", runProjectBenchmark},
         {"render", runRenderBenchmark},
     };
     return commands;

@@ -1,22 +1,31 @@
 #include "module_scene/modulescene.h"
 
 #include "kernel/events/eventhandler.h"
+#include "kernel/io/projectmanager.h"
+#include "module_scene/gui/viewer.h"
 #include "module_scene/io/importer.h"
+#include "module_scene/project/sceneprojectparticipant.h"
+#include "module_scene/scene.h"
 #include "module_scene/undoguard.h"
 
 namespace qel {
 namespace scene {
 
 ModuleScene::ModuleScene(main::InformationObject* information)
-    : main::Module(information), undoGuard(nullptr), sceneHistory(nullptr)
+    : main::Module(information), undoGuard(nullptr), sceneHistory(nullptr), projectParticipant(nullptr)
 {
     events::EventHandler::getInstance()->registerEventTypes("Scene");
     addGUILocations();
     undoGuard = new UndoGuard;
+    // The global scene is asked for only when a project is saved or opened.
+    projectParticipant = new SceneProjectParticipant([] { return _GlobalScene(); }, true);
+    io::ProjectManager::getInstance()->addParticipant(projectParticipant);
 }
 
 ModuleScene::~ModuleScene()
 {
+    io::ProjectManager::getInstance()->removeParticipant(projectParticipant);
+    delete projectParticipant;
     events::EventHandler::getInstance()->unregisterEventTypes("Scene");
     // The scene history, once attached, is deleted here, before the undo guard.
     delete undoGuard;

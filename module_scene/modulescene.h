@@ -9,10 +9,12 @@ class InformationObject;
 namespace scene {
 
 class SceneHistory;
+class SceneProjectParticipant;
 class UndoGuard;
 
 // The scene module as the host sees it. It owns the long-lived companions that follow
-// the scene from outside: the undo guard and the scene history.
+// the scene from outside: the undo guard, the scene history and the scene's share of
+// projects.
 class ModuleScene : public main::Module
 {
     Q_OBJECT
@@ -33,6 +35,7 @@ private:
 
     UndoGuard* undoGuard;
     SceneHistory* sceneHistory;
+    SceneProjectParticipant* projectParticipant;
 };
 
 } // namespace scene

@@ -1,12 +1,15 @@
 #include "module_scene/scenecoordinatesystem.h"
 
 #include "kernel/math/numerictraits.h"
+#include "module_scene/gui/currentcontextguard.h"
+#include "module_scene/gui/sharedcontext.h"
 #include "module_scene/gui/viewer.h"
 #include "module_scene/scene.h"
 #include "module_scene/sceneelementfactory.h"
 
 #include <QOpenGLContext>
 #include <QPoint>
+#include <QThread>
 #include <GL/gl.h>
 #include <cmath>
 #include <vector>
@@ -51,12 +54,26 @@ SceneCoordinateSystem::SceneCoordinateSystem() : SceneElement(tr("Coordinatesyst
     m_isReparentable = false;
 }
 
-// The lists live in whatever context drew the element; without a current context (or never
-// drawn) there is nothing to give back here.
 SceneCoordinateSystem::~SceneCoordinateSystem()
 {
-    if (firstDigitList != 0xFFFFFFFF && QOpenGLContext::currentContext())
-        glDeleteLists(firstDigitList, DigitCount);
+    releaseDigitLists();
+}
+
+// GL belongs to the context's thread: from elsewhere the lists go at its next turn.
+void SceneCoordinateSystem::releaseDigitLists()
+{
+    gui::SharedContext* context = listContext.data();
+    if (!context)
+        return;
+    const unsigned int first = firstDigitList;
+    auto release = [context, first]() {
+        const gui::CurrentContextGuard keepCurrent;
+        context->glDeleteLists(first);
+    };
+    if (QThread::currentThread() == context->thread())
+        release();
+    else
+        QMetaObject::invokeMethod(context, release, Qt::QueuedConnection);
 }
 
 SceneElement* SceneCoordinateSystem::createElement()
@@ -94,9 +111,25 @@ void SceneCoordinateSystem::computeGridPitch(float globalScaling, float measurin
     }
 }
 
+// The lists are made in the shared context, which the list book makes current; the paint
+// that runs this goes on in its own context afterwards.
 void SceneCoordinateSystem::initializeGL()
 {
-    firstDigitList = glGenLists(DigitCount);
+    if (!listContext.isNull())
+        return;
+    gui::SharedContext* context = _GlobalContext();
+    const gui::SharedContext::LockHelper lock(context, true, false);
+    const gui::CurrentContextGuard keepCurrent;
+    const unsigned int first = context->glGenLists(DigitCount);
+    if (first == 0)
+        return;
+    firstDigitList = first;
+    listContext = context;
+    compileDigitLists();
+}
+
+void SceneCoordinateSystem::compileDigitLists() const
+{
     for (int digit = 0; digit < DigitCount; ++digit) {
         glNewList(firstDigitList + digit, GL_COMPILE);
         for (const Strip& strip : DigitStrips[digit]) {

@@ -2,6 +2,7 @@
 
 #include "kernel/main/eventmanager.h"
 #include "kernel/main/overseer.h"
+#include "module_scene/glmaterial.h"
 #include "module_scene/scene.h"
 #include "module_scene/sceneelement.h"
 #include "module_scene/sceneevents.h"
@@ -387,16 +388,15 @@ void SceneDrawer::glDrawSelectedPoints()
     const double radius = pointRadius / scaling;
     const GLfloat g = static_cast<GLfloat>(scaling);
     glPushAttrib(GL_ALL_ATTRIB_BITS);
-    glEnable(GL_COLOR_MATERIAL);
     glPushMatrix();
     for (const Scene::PointPointer& point : *points) {
         if (point->isHidden())
             continue;
         glPushMatrix();
         if (point->isSelected())
-            glColor3f(0.9f, 0.0f, 0.0f);
+            GLMaterial::applyColor(0.9f, 0.0f, 0.0f, 1.0f);
         else
-            glColor3f(0.0f, 0.9f, 0.0f);
+            GLMaterial::applyColor(0.0f, 0.9f, 0.0f, 1.0f);
         glScalef(g, g, g);
         const SelectedPoint::Vector4& position = point->getTransformedPoint();
         glTranslatef(static_cast<GLfloat>(position[0]), static_cast<GLfloat>(position[1]),

@@ -74,7 +74,7 @@ QString SceneSphere::Dragger::getTypeName() const
 
 void SceneSphere::Dragger::drawHandle()
 {
-    glPushAttrib(GL_ENABLE_BIT | GL_POINT_BIT | GL_CURRENT_BIT);
+    glPushAttrib(GL_ENABLE_BIT | GL_POINT_BIT | GL_CURRENT_BIT | GL_LIGHTING_BIT);
     glDisable(GL_LIGHTING);
     glEnable(GL_COLOR_MATERIAL);
     glPointSize(5.0f);

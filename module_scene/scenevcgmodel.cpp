@@ -1,17 +1,26 @@
 #include "module_scene/scenevcgmodel.h"
 
+#include "kernel/io/zfile.h"
+#include "kernel/io/ztarfile.h"
 #include "kernel/log/logger.h"
+#include "kernel/main/outputconsole.h"
+#include "kernel/main/overseer.h"
 #include "kernel/util/exception.h"
+#include "kernel/util/md5.h"
 #include "kernel/util/meminfo.h"
+#include "module_scene/glmaterial.h"
 #include "module_scene/mesh/meshbvh.h"
 #include "module_scene/mesh/meshcrossingblocks.h"
 #include "module_scene/mesh/meshrenderer.h"
+#include "module_scene/mesh/meshtopology.h"
+#include "module_scene/mesh/modelentry.h"
 #include "module_scene/meshmodel.h"
 #include "module_scene/sceneelementfactory.h"
 
 #include <QMutexLocker>
 #include <QWidget>
 #include <QReadLocker>
+#include <QTemporaryFile>
 #include <QWriteLocker>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
@@ -21,6 +30,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <qopengl.h>
 
 namespace qel {
@@ -287,6 +297,38 @@ void SceneVCGModel::saveTo(QXmlStreamWriter* writer, io::ZTarFile* tar, const bo
     writer->writeAttribute("y", QString::number(preSetCenter.y(), 'g', 6));
     writer->writeAttribute("z", QString::number(preSetCenter.z(), 'g', 6));
     writer->writeEndElement();
+    saveMesh(writer, tar, abort);
+}
+
+QString SceneVCGModel::getArchiveEntryName() const
+{
+    return QStringLiteral("models/") + util::MD5::calc(m_name) + QStringLiteral(".qelmodel");
+}
+
+// Without an archive or a temporary file the XML names no entry; an abort leaves the entry
+// out of the archive although the XML names it.
+void SceneVCGModel::saveMesh(QXmlStreamWriter* writer, io::ZTarFile* tar, const bool& abort)
+{
+    const char* const function = "qel::scene::SceneVCGModel::saveTo";
+    if (!tar)
+        return;
+    const QString entry = getArchiveEntryName();
+    QTemporaryFile file;
+    if (!file.open()) {
+        log::Logger::log(2000, LogFile, 1125, function, nullptr, "Counldn't open temporay file %s",
+                         qPrintable(file.fileName()));
+        return;
+    }
+    writer->writeTextElement("filename", entry);
+    const CMeshO empty;
+    QString reason;
+    if (!ModelEntry::write(meshModel ? meshModel->cm : empty, &file, abort, reason)) {
+        if (!reason.isEmpty())
+            log::Logger::log(1000, LogFile, 1136, function, nullptr, "Model '%s': %s", qPrintable(m_name),
+                             qPrintable(reason));
+        return;
+    }
+    tar->addFile(&file, entry, abort);
 }
 
 // Decimal text comes back as float where the file format says so (shininess, centre).
@@ -316,7 +358,78 @@ void SceneVCGModel::loadFrom(QXmlStreamReader* reader, io::ZTarFile* tar, Scene*
         settings.shininess = reader->readElementText().toFloat();
     } else if (tag == QLatin1String("advancedColoring")) {
         settings.advancedColoring = reader->readElementText().toInt() != 0;
+    } else if (tag == QLatin1String("filename")) {
+        loadMesh(reader->readElementText(), tar, abort);
     }
+}
+
+// The mesh is built apart and taken over only when complete: a refused or aborted entry
+// leaves the element as it was.
+void SceneVCGModel::loadMesh(const QString& entry, io::ZTarFile* tar, bool& abort)
+{
+    const char* const function = "qel::scene::SceneVCGModel::loadFrom";
+    std::unique_ptr<io::ZFile> file(tar ? tar->getFile(entry) : nullptr);
+    if (!file)
+        throw Exception(QStringLiteral("Could find file %1 in project file").arg(entry), LogFile, 1180, function);
+    const QString project = tar->getArchivePath();
+    auto refuse = [&](const QString& reason) {
+        throw Exception(tr("Model '%1' can't be read from entry '%2' of project '%3': %4")
+                            .arg(m_name, entry, project, reason),
+                        LogFile, 1186, function);
+    };
+    if (!file->open(QIODevice::ReadOnly))
+        refuse(file->errorString());
+    ModelEntry::Counts counts;
+    bool hasColors = false;
+    QString reason;
+    if (!ModelEntry::readCounts(file.get(), counts, hasColors, reason))
+        refuse(reason);
+
+    if (main::OutputConsole* console = main::Overseer::getInstance()->getOutputConsole()) {
+        console->appendText(m_name);
+        console->appendText(tr("# Vertices: %1").arg(counts.vertices));
+        console->appendText(tr("# Triangles: %1").arg(counts.faces));
+    }
+    if (!checkForMemory(counts.vertices, counts.faces)) {
+        log::Logger::log(2000, LogFile, 1203, function, nullptr, "Couldn't allocate enough memory to load model - abort");
+        abort = true;
+        return;
+    }
+
+    std::unique_ptr<MeshModel> mesh(new MeshModel);
+    mesh->drawMode = pendingDrawMode;
+    CMeshO& cm = mesh->cm;
+    // The adjacency arrays are switched on directly: the data mask doesn't learn of them.
+    cm.face.enableFaceFace();
+    cm.face.enableVertexFace();
+    if (hasColors)
+        mesh->Enable(MeshModel::FACE_COLOR);
+    if (counts.vertices > 0) {
+        if (!ModelEntry::readRecords(file.get(), counts, cm, abort, reason)) {
+            if (reason.isEmpty())
+                return;
+            refuse(reason);
+        }
+        MeshTopology::buildFaceFace(cm);
+        MeshTopology::buildVertexFace(cm);
+    } else if (counts.faces > 0) {
+        refuse(tr("its %1 faces have no vertices").arg(counts.faces));
+    }
+    takeLoadedMesh(mesh.release(), counts.vertices > 0);
+}
+
+// A mesh without vertices stays busy: the element then shows its box.
+void SceneVCGModel::takeLoadedMesh(MeshModel* mesh, bool complete)
+{
+    {
+        QMutexLocker locker(&renderMutex);
+        delete meshModel;
+        meshModel = mesh;
+    }
+    if (!complete)
+        return;
+    initMeshModel();
+    meshModel->busy = false;
 }
 
 // The model properties panel is not part of the module yet.
@@ -827,9 +940,8 @@ void SceneVCGModel::drawNormals()
         static_cast<float>(static_cast<float>(m_boundingSphereDiameter) * 0.01 / m_scalingFactor);
     glPushMatrix();
     glScaled(m_scalingFactor, m_scalingFactor, m_scalingFactor);
-    glEnable(GL_COLOR_MATERIAL);
+    GLMaterial::applyColor(0.0f, 0.0f, 0.9f, 1.0f);
     glBegin(GL_LINES);
-    glColor3f(0.0f, 0.0f, 0.9f);
     if (renderPerFace) {
         for (const CFaceO& face : mesh->face) {
             if (face.isDeleted() || !face.hasCorners())
@@ -862,9 +974,10 @@ void SceneVCGModel::applyMaterial()
         glMaterialOf(GL_DIFFUSE, settings.diffuseColor, alpha);
         glMaterialOf(GL_SPECULAR, settings.specularColor, alpha);
         glMaterialf(GL_FRONT, GL_SHININESS, static_cast<float>(settings.shininess));
+        // The box outline of a busy mesh is unlit: it shows the current colour.
+        glColorOf(settings.diffuseColor, alpha);
     } else {
-        glEnable(GL_COLOR_MATERIAL);
-        glColorOf(settings.modelColor, alpha);
+        GLMaterial::applyColor(settings.modelColor, alpha);
     }
 }
 

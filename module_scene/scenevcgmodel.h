@@ -61,7 +61,13 @@ public:
     QString getTypeName() const override;
     // The element's look beside the base's XML; the mesh payload belongs to the project archive.
     void saveTo(QXmlStreamWriter* writer, io::ZTarFile* tar, const bool& abort) override;
+    // Reading "filename" builds the mesh from its archive entry. A missing entry, or one that
+    // is truncated, refers to vertices that aren't there or has a colour block of the wrong
+    // size, raises qel::Exception naming the entry and the project, and leaves the element
+    // as it was; so does an abort. Not enough memory sets abort.
     void loadFrom(QXmlStreamReader* reader, io::ZTarFile* tar, Scene* scene, bool& abort) override;
+    // "models/" + the MD5 of the name + ".qelmodel": the entry of the mesh in a project.
+    QString getArchiveEntryName() const;
 
     MeshModel* getMeshModel() { return meshModel; }
     const MeshModel* getMeshModel() const { return meshModel; }
@@ -166,6 +172,9 @@ private:
     void initializeGL() override;
 
     void initMeshModel();
+    void saveMesh(QXmlStreamWriter* writer, io::ZTarFile* tar, const bool& abort);
+    void loadMesh(const QString& entry, io::ZTarFile* tar, bool& abort);
+    void takeLoadedMesh(MeshModel* mesh, bool complete);
     void drawNormals();
     void applyMaterial();
     bool isMeshReady();

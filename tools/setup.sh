@@ -10,6 +10,6 @@ $SUDO apt-get install -y -qq --no-install-recommends \
   qtbase5-dev libqt5opengl5-dev \
   libboost-dev libboost-thread-dev \
   libgl1-mesa-dev libglu1-mesa-dev libgl1-mesa-dri \
-  libassimp-dev \
+  libassimp-dev assimp-testmodels \
   libgtest-dev libbenchmark-dev \
   xvfb xauth >/dev/null

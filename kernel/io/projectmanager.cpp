@@ -46,5 +46,11 @@ void ProjectManager::setCurrentFile(const QString& path)
     emit currentFileChanged(currentFile);
 }
 
+void ProjectManager::reportProgress(int percent, const QString& text) const
+{
+    if (progressFunction)
+        progressFunction(percent, text);
+}
+
 } // namespace io
 } // namespace qel

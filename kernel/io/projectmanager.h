@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <functional>
 #include <vector>
 
 namespace qel {
@@ -32,6 +33,13 @@ public:
     const QString& getCurrentFile() const { return currentFile; }
     void setCurrentFile(const QString& path);
 
+    // Participants tell how far their save or load has come, 0 to 100 of their own share,
+    // from the thread that called them; the project file turns it into the progress of the
+    // whole. Outside a save or open it goes nowhere.
+    typedef std::function<void(int percent, const QString& text)> ProgressFunction;
+    void reportProgress(int percent, const QString& text) const;
+    void setProgressFunction(const ProgressFunction& function) { progressFunction = function; }
+
 signals:
     void modifiedChanged(bool modified);
     void currentFileChanged(const QString& path);
@@ -42,6 +50,7 @@ private:
     std::vector<ProjectParticipant*> participants;
     QString currentFile;
     bool modified = false;
+    ProgressFunction progressFunction;
 };
 
 } // namespace io

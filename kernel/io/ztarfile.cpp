@@ -6,7 +6,9 @@
 #include <QBuffer>
 #include <QDateTime>
 #include <QMutexLocker>
+#include <cerrno>
 #include <cstring>
+#include <unistd.h>
 
 namespace qel {
 namespace io {
@@ -226,8 +228,14 @@ ZTarFile::~ZTarFile()
 bool ZTarFile::fail(const char* function, long line, const QString& message)
 {
     lastError = message;
-    qel::log::Logger::log(1000, "kernel/io/ztarfile", line, function, nullptr, message);
+    qel::log::Logger::log(errorLevel, "kernel/io/ztarfile", line, function, nullptr, message);
     return false;
+}
+
+void ZTarFile::setErrorLevel(unsigned int level)
+{
+    QMutexLocker locker(&mutex);
+    errorLevel = level;
 }
 
 QString ZTarFile::errorString() const
@@ -495,12 +503,13 @@ QStringList ZTarFile::getFileNames() const
     return names;
 }
 
-void ZTarFile::finishArchive()
+bool ZTarFile::finishArchive()
 {
     // Two zero blocks end the archive; the last record is filled up with zeros.
     const qint64 end = archive.pos() + 2 * BlockSize;
     const qint64 recordEnd = (end + RecordSize - 1) / RecordSize * RecordSize;
-    archive.write(QByteArray(int(recordEnd - archive.pos()), '\0'));
+    const QByteArray zeros(int(recordEnd - archive.pos()), '\0');
+    return archive.write(zeros) == zeros.size();
 }
 
 void ZTarFile::close()
@@ -512,6 +521,28 @@ void ZTarFile::close()
         finishArchive();
     archive.close();
     mode = QIODevice::NotOpen;
+}
+
+bool ZTarFile::closeAndSync()
+{
+    QMutexLocker locker(&mutex);
+    if (!(mode & QIODevice::WriteOnly)) {
+        qel::log::Logger::log(0, "kernel/io/ztarfile", __LINE__, "qel::io::ZTarFile::closeAndSync", nullptr,
+                              "Archive '%s' isn't open for writing", qPrintable(archivePath));
+        return false;
+    }
+    bool written = finishArchive() && archive.flush();
+    QString reason = archive.errorString();
+    if (written && ::fsync(archive.handle()) != 0) {
+        written = false;
+        reason = qt_error_string(errno);
+    }
+    archive.close();
+    mode = QIODevice::NotOpen;
+    if (!written)
+        return fail("qel::io::ZTarFile::closeAndSync", __LINE__,
+                    QStringLiteral("Couldn't finish archive '%1': %2").arg(archivePath, reason));
+    return true;
 }
 
 } // namespace io

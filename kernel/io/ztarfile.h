@@ -28,10 +28,17 @@ public:
     bool open(QIODevice::OpenMode mode);
     // Finishes a written archive with its end blocks.
     void close();
+    // As close(), but the end blocks and everything before them are flushed to the disk
+    // before the file is closed: false, with the reason in errorString(), when any of it
+    // failed. Writers that replace a file by the archive call this before the rename.
+    bool closeAndSync();
     bool isOpen() const;
     bool isWritable() const;
     const QString& getArchivePath() const { return archivePath; }
     QString errorString() const;
+    // The log level of the failures (1000, errors, by default). A caller that reports
+    // errorString() in its own words lowers them to keep its message the only error.
+    void setErrorLevel(unsigned int level);
 
     // Copies the whole content of the device into a new member. The abort flag is read
     // between chunks; on abort, or on a read error, the partial member is taken back
@@ -62,7 +69,7 @@ private:
     bool writeMemberHeaders(const QString& name, qint64 size, qint64* headerOffset);
     bool rollBack(qint64 memberStart);
     bool writePadding(qint64 dataSize);
-    void finishArchive();
+    bool finishArchive();
     const Member* findMember(const QString& name) const;
 
     QString archivePath;
@@ -70,6 +77,7 @@ private:
     QIODevice::OpenMode mode;
     std::vector<Member> members;
     QString lastError;
+    unsigned int errorLevel = 1000;
     mutable QMutex mutex;
 };
 

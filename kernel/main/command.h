@@ -33,7 +33,7 @@ class Command
 {
 public:
     enum CommandExecution { EXECUTE_SYNCHRONOUS = 0, EXECUTE_APPLICATIONTHREAD = 1, EXECUTE_BACKGROUND = 2 };
-    typedef boost::function<void(const Command*, int processed, const QString& text)> ProgressSink;
+    typedef boost::function<void(Command*, int processed, const QString& text)> ProgressSink;
 
     // Takes over the descriptor and the GUI descriptor (either may be null).
     Command(CommandDescriptor* descriptor, CommandGUIDescriptor* guiDescriptor = nullptr);

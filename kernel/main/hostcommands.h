@@ -5,7 +5,8 @@ namespace main {
 
 class CommandProcessor;
 
-// Registers undo, redo, recordmacro, stopmacro and runmacro with the processor.
+// Registers undo, redo, recordmacro, stopmacro, runmacro, newproject, openproject and
+// saveproject with the processor.
 void registerHostCommands(CommandProcessor* processor);
 
 } // namespace main

@@ -108,6 +108,8 @@ void MenuAndToolbarManager::collectEntries()
                 entries[descriptor->getFlag()][descriptor->getLocation()].push_back(descriptor);
         }
     }
+    for (CommandGUIDescriptor* descriptor : hostEntries)
+        entries[descriptor->getFlag()][descriptor->getLocation()].push_back(descriptor);
     for (auto& flagPlaces : entries) {
         for (auto& place : flagPlaces.second)
             std::stable_sort(place.second.begin(), place.second.end(),
@@ -324,6 +326,19 @@ std::vector<CommandGUIDescriptor*> MenuAndToolbarManager::getEntries(int flag, c
         return std::vector<CommandGUIDescriptor*>();
     const auto place = places->second.find(location);
     return place == places->second.end() ? std::vector<CommandGUIDescriptor*>() : place->second;
+}
+
+void MenuAndToolbarManager::addHostEntry(CommandGUIDescriptor* descriptor)
+{
+    if (descriptor && std::find(hostEntries.begin(), hostEntries.end(), descriptor) == hostEntries.end())
+        hostEntries.push_back(descriptor);
+    update();
+}
+
+void MenuAndToolbarManager::removeHostEntry(CommandGUIDescriptor* descriptor)
+{
+    hostEntries.erase(std::remove(hostEntries.begin(), hostEntries.end(), descriptor), hostEntries.end());
+    update();
 }
 
 void MenuAndToolbarManager::trigger(CommandGUIDescriptor* descriptor)

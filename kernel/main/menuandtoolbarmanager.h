@@ -77,6 +77,12 @@ public:
     // module names one.
     void setHostPosition(int flag, const QString& name, const Position& position);
 
+    // Entries of the host's own that run no registered command (Quit, a submenu): built in
+    // with the commands' entries. The caller keeps the descriptor and removes it before it
+    // goes; the descriptor's GUI open function is what the entry does.
+    void addHostEntry(CommandGUIDescriptor* descriptor);
+    void removeHostEntry(CommandGUIDescriptor* descriptor);
+
     void addContextMenuUpdater(ContextMenuUpdater* updater);
     void removeContextMenuUpdater(ContextMenuUpdater* updater);
 
@@ -108,6 +114,7 @@ private:
     QStringList menuOrder;
     QStringList toolBarOrder;
     QList<ContextMenuUpdater*> updaters;
+    std::vector<CommandGUIDescriptor*> hostEntries;
 };
 
 } // namespace main

@@ -173,13 +173,13 @@ LoadModel::LoadModel()
         const main::CommandGUIDescriptor::GUIOpenFunction open = boost::bind(&LoadModel::showGUIWindow, this, _1, _2);
         auto* menuEntry = new main::CommandGUIDescriptor(main::CommandGUIDescriptor::MAINMENU, "File", 0,
                                                          tr("Load model"), tr("Load model"),
-                                                         new QIcon(":/module_scene/image/fileopen.png"));
+                                                         new QIcon(":/image/fileopen.png"));
         menuEntry->setShortcut(QKeySequence(Qt::CTRL + Qt::Key_L));
         menuEntry->setGUIOpenFunction(open);
         addGUIDescriptor(menuEntry);
         auto* extraEntry = new main::CommandGUIDescriptor(main::CommandGUIDescriptor::EXTRA, QString(), 0,
                                                           tr("Load model"), tr("Load model"),
-                                                          new QIcon(":/module_scene/image/fileopen.png"));
+                                                          new QIcon(":/image/fileopen.png"));
         extraEntry->setGUIOpenFunction(open);
         addGUIDescriptor(extraEntry);
     }
@@ -330,9 +330,12 @@ bool LoadModel::readParameters(std::vector<QString>& files, QString& name, bool&
 // The given name goes to the first model only.
 bool LoadModel::loadFile(const QString& file, QString& name, bool inPlace)
 {
-    std::unique_ptr<io::scene::Loader> loader(io::scene::Importer::getInstance()->getLoader(file));
-    if (!loader)
+    std::unique_ptr<io::scene::Loader> loader(loaderFor(file));
+    if (!loader) {
+        log::Logger::log(2000, LogFile, __LINE__, ExecuteFunction, nullptr,
+                         tr("Could not load mesh from file '%1'").arg(file) + ": " + tr("no reader knows its type"));
         return true;
+    }
     if (isAborted())
         loader->abortLoading();
     connect(loader.get(), &io::scene::Loader::progressChanged, this, &LoadModel::updateProgress,
@@ -340,11 +343,9 @@ bool LoadModel::loadFile(const QString& file, QString& name, bool inPlace)
     connect(this, &LoadModel::abortLoading, loader.get(), &io::scene::Loader::abortLoading, Qt::DirectConnection);
     const bool goOn = selectedID != 1 || checkBeforeLoading(loader.get(), file);
     if (goOn) {
+        // A loader that fails has logged why, naming the file: one line says it all.
         qel::scene::MeshModel* mesh = loader->loadMesh(file);
-        if (!mesh) {
-            log::Logger::log(2000, LogFile, 279, ExecuteFunction, nullptr,
-                             tr("Could not load mesh from file '%1'").arg(file));
-        } else {
+        if (mesh) {
             if (name.isEmpty())
                 name = QFileInfo(file).baseName();
             auto* model = new qel::scene::SceneVCGModel(mesh, name);
@@ -358,6 +359,15 @@ bool LoadModel::loadFile(const QString& file, QString& name, bool inPlace)
     loader->disconnect();
     disconnect(this, nullptr, loader.get(), nullptr);
     return goOn;
+}
+
+// Types that no plug-in registered are read by their last suffix or recognised by their
+// content, so that no file is passed over in silence.
+io::scene::Loader* LoadModel::loaderFor(const QString& file)
+{
+    io::scene::Importer* importer = io::scene::Importer::getInstance();
+    io::scene::Loader* loader = importer->getLoader(file);
+    return loader ? loader : importer->getFallbackLoader(file);
 }
 
 // False when the user (or an abort) ends the command.

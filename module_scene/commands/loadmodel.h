@@ -36,9 +36,9 @@ namespace scene {
 // files through the import plug-ins and adds each as a model to the global scene, either
 // clear of the models already there (moved along z) or where its file had it.
 //
-// Failures: a file that no plug-in reads is skipped in silence; a file that a plug-in can't
-// read is reported (the plug-in's reason at level 1000, then "Could not load mesh from file"
-// at level 2000) and the next file follows. The command itself still ran, so a script goes
+// Failures: every file that isn't loaded gets one line naming it and the reason: the
+// loader's (level 1000), or "Could not load mesh from file" (level 2000) when no loader
+// knows its type; the next file follows. The command itself still ran, so a script goes
 // on with its next line, as after any command that found nothing to do; only strings that
 // can't be run at all stop a script. The list form always ends with an out-of-range error
 // (see execute), which the processor reports like any failed command.
@@ -102,6 +102,8 @@ private:
     bool readParameters(std::vector<QString>& files, QString& name, bool& inPlace);
     // False when the command must stop (abort).
     bool loadFile(const QString& file, QString& name, bool inPlace);
+    // The loader of the file's registered type, else the importer's fallback; null for none.
+    static io::scene::Loader* loaderFor(const QString& file);
     bool checkBeforeLoading(io::scene::Loader* loader, const QString& file);
     static void rescaleElements(const ElementList& elements, double ratio);
     static void moveClearOfOthers(qel::scene::SceneVCGModel* model, ElementList* elements);

@@ -28,6 +28,7 @@
 #include <GL/glu.h>
 #include <boost/bind/bind.hpp>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 namespace qel {
@@ -391,7 +392,7 @@ void ScenePanel::wheelEvent(QWheelEvent* event)
     startElementTransform(event->modifiers());
     modifiers = static_cast<int>(event->modifiers());
     event->accept();
-    const int delta = event->angleDelta().y();
+    const int delta = wheelDelta(event);
     if (!isElementCase(event->modifiers())) {
         zoomBy((wheelSpeed * 0.0006 / 100.0) * delta);
         return;
@@ -519,6 +520,18 @@ void ScenePanel::rotateElement(const math::Quaternion<double>& step, bool alt)
         return;
     const math::Quaternion<double> rotation = camera.getInverse() * masked * camera;
     *focusElement += rotation.toMatrix();
+}
+
+int ScenePanel::wheelDelta(const QWheelEvent* event)
+{
+    auto dominant = [](const QPoint& delta) {
+        return std::abs(delta.x()) > std::abs(delta.y()) ? delta.x() : delta.y();
+    };
+    const QPoint angle = event->angleDelta();
+    if (!angle.isNull())
+        return dominant(angle);
+    // A notch of 120 scrolls about 60 pixels.
+    return dominant(event->pixelDelta()) * 2;
 }
 
 // The origin step uses the single-precision 0.2, the geometry step the double one.

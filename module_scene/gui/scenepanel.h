@@ -117,6 +117,10 @@ private:
     void panElement(bool alt);
     void rotateElement(const math::Quaternion<double>& step, bool alt);
     void wheelElement(int delta, bool alt);
+    // A wheel step in eighths of a degree along its dominant axis, so that horizontal wheels
+    // and tilted touchpads count, and so does Alt, which the window system may turn into a
+    // horizontal step. A touchpad step in pixels only counts two eighths a pixel.
+    static int wheelDelta(const QWheelEvent* event);
     // The origin goes by `origin` (in screen terms), the geometry back by its opposite.
     void moveOriginOnly(const Matrix4& origin);
     void commitElementTransform();

@@ -34,10 +34,14 @@ Importer* Importer::getInstance()
     return mp_This;
 }
 
-Importer::Importer() = default;
+Importer::Importer() : fallbackLoader(nullptr) {}
 
 Importer::Importer(const Importer& other)
-    : plugins(other.plugins), pluginInfos(other.pluginInfos), loaders(other.loaders), loadableFiles(other.loadableFiles)
+    : plugins(other.plugins),
+      pluginInfos(other.pluginInfos),
+      loaders(other.loaders),
+      loadableFiles(other.loadableFiles),
+      fallbackLoader(other.fallbackLoader)
 {
     log::Logger::log(0, LOG_FILE, 52, "qel::io::scene::Importer::Importer", nullptr, "Don't do this!");
 }
@@ -48,6 +52,7 @@ Importer& Importer::operator=(const Importer& other)
     pluginInfos = other.pluginInfos;
     loaders = other.loaders;
     loadableFiles = other.loadableFiles;
+    fallbackLoader = other.fallbackLoader;
     return *this;
 }
 
@@ -82,6 +87,25 @@ Loader* Importer::getLoader(const QString& file)
 const std::map<QString, QString>* Importer::getLoadableFiles()
 {
     return &loadableFiles;
+}
+
+bool Importer::registerFallbackLoader(LoaderFactory factory)
+{
+    if (fallbackLoader) {
+        log::Logger::log(2000, LOG_FILE, __LINE__, "qel::io::scene::Importer::registerFallbackLoader", nullptr,
+                         "Only one loader can read the files of unregistered types!");
+        return false;
+    }
+    fallbackLoader = factory;
+    return true;
+}
+
+Loader* Importer::getFallbackLoader(const QString& file)
+{
+    const auto found = loaders.find(QFileInfo(file).suffix().toUpper());
+    if (found != loaders.end())
+        return found->second();
+    return fallbackLoader ? fallbackLoader() : nullptr;
 }
 
 void Importer::refreshPlugins()
@@ -135,6 +159,7 @@ void Importer::unloadPlugins()
 {
     loaders.clear();
     loadableFiles.clear();
+    fallbackLoader = nullptr;
     for (QLibrary* library : plugins) {
         library->unload();
         delete library;

@@ -37,6 +37,15 @@ public:
     // Upper-case extension to description, in key order.
     const std::map<QString, QString>* getLoadableFiles();
 
+    // The loader for files that no plug-in registered the type of: it recognises a file by
+    // its content and refuses what it doesn't know. Only one is kept; a second is refused
+    // (level 2000).
+    bool registerFallbackLoader(LoaderFactory factory);
+    // For a file that getLoader has no loader for: the loader of its last suffix (so that
+    // "scan.v2.stl" is read as STL), else the fallback loader; null when there is neither.
+    // Owned by the caller.
+    Loader* getFallbackLoader(const QString& file);
+
     // Unloads everything, then loads the plug-ins of the folder "plugins/io/" beside the
     // executable.
     void refreshPlugins();
@@ -63,6 +72,7 @@ private:
     std::list<main::ThirdPartyInfos> pluginInfos;
     std::map<QString, LoaderFactory> loaders;
     std::map<QString, QString> loadableFiles;
+    LoaderFactory fallbackLoader;
 };
 
 } // namespace scene

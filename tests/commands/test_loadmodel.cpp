@@ -147,6 +147,15 @@ protected:
     QTemporaryDir folder;
 };
 
+// Error and warning lines (level 2000 or below) that name the file.
+int errorLinesNaming(const LogCapture& log, const QString& file)
+{
+    int found = 0;
+    for (const log::LogRecord& record : log.records())
+        found += record.level <= 2000u && record.text.contains("'" + file + "'") ? 1 : 0;
+    return found;
+}
+
 Box cube(double x, double y, double z, double sizeX, double sizeY, double sizeZ)
 {
     return Box(Box::Vector4(x, y, z, 1.0), Box::Vector4(sizeX, sizeY, sizeZ, 0.0));
@@ -225,20 +234,25 @@ TEST_F(LoadModelTest, BadFilesAreReportedAndLeaveTheSceneAsItWas)
     const double scale = scene()->getGlobalScalingFactor();
     LogCapture log;
 
-    // The command ran: a failed file is its own message, not a failure of the string.
+    // The command ran: a failed file is its own message, not a failure of the string, and
+    // one line says it all, naming the file and the reason.
     const QString broken = writeFile("broken." + BoxExtension, "1 2 3");
     EXPECT_TRUE(run("loadmodel(" + broken + ",x)"));
+    EXPECT_EQ(1, errorLinesNaming(log, broken));
     EXPECT_TRUE(log.contains("Could not load '" + broken + "': not a box", 1000));
-    EXPECT_EQ(1, log.count("Could not load mesh from file '" + broken + "'", 2000));
     const QString missing = folder.filePath("missing." + BoxExtension);
     EXPECT_TRUE(run("loadmodel(" + missing + ",0,inplace)"));
-    EXPECT_TRUE(log.contains("Could not load mesh from file '" + missing + "'", 2000));
+    EXPECT_EQ(1, errorLinesNaming(log, missing));
+    EXPECT_TRUE(log.contains("Could not load '" + missing + "': cannot open the file", 1000));
 
-    // No plug-in for the type: skipped in silence.
-    log.clear();
-    EXPECT_TRUE(run("loadmodel(" + writeFile("notes.unknowntype", "1 2 3 4 5 6") + ",x)"));
-    for (const log::LogRecord& record : log.records())
-        EXPECT_GT(record.level, 2000u) << record.text.toStdString();
+    // No reader for the type, neither by suffix nor by content: refused, never in silence.
+    for (const char* name : {"notes.unknowntype", "notes"}) {
+        log.clear();
+        const QString unknown = writeFile(name, "1 2 3 4 5 6");
+        EXPECT_TRUE(run("loadmodel(" + unknown + ",x)"));
+        EXPECT_EQ(1, errorLinesNaming(log, unknown)) << name;
+        EXPECT_TRUE(log.contains("no reader knows its type")) << name;
+    }
 
     // The list form reads an in-place flag it doesn't have and ends before loading.
     log.clear();
@@ -249,6 +263,27 @@ TEST_F(LoadModelTest, BadFilesAreReportedAndLeaveTheSceneAsItWas)
     EXPECT_EQ(elements, scene()->getElementList()->size());
     EXPECT_EQ(1u, modelCount());
     EXPECT_EQ(scale, scene()->getGlobalScalingFactor());
+}
+
+TEST_F(LoadModelTest, AFileNamedWithSeveralDotsIsReadByItsLastSuffix)
+{
+    LogCapture log;
+    const QString versioned = writeBox("scan.v2", 0, 0, 0, 1, 1, 1);
+    ASSERT_TRUE(run("loadmodel(" + versioned + ",Versioned)"));
+    EXPECT_EQ(0, errorLinesNaming(log, versioned));
+    EXPECT_EQ(1u, modelCount());
+    EXPECT_TRUE(scene()->getSceneElement("Versioned"));
+}
+
+TEST_F(LoadModelTest, MenuEntriesShowTheFileOpenIcon)
+{
+    const std::vector<main::CommandGUIDescriptor*> entries = prototype(LoadModel::CommandName)->getGUIDescriptors();
+    ASSERT_EQ(2u, entries.size());
+    for (main::CommandGUIDescriptor* entry : entries) {
+        ASSERT_NE(nullptr, entry->getIcon());
+        EXPECT_FALSE(entry->getIcon()->pixmap(16, 16).isNull());
+    }
+    EXPECT_TRUE(QFile::exists(":/image/fileopen.png"));
 }
 
 TEST_F(LoadModelTest, ProgressReachesTheHostAndAbortReachesThePlugin)
@@ -275,8 +310,8 @@ TEST_F(LoadModelTest, ProgressReachesTheHostAndAbortReachesThePlugin)
         };
         EXPECT_TRUE(run("loadmodel(" + path + ",q)"));
     }
-    EXPECT_TRUE(log.contains("loading was aborted", 2000));
-    EXPECT_TRUE(log.contains("Could not load mesh from file", 2000));
+    EXPECT_TRUE(log.contains("Could not load '" + path + "': loading was aborted", 2000));
+    EXPECT_EQ(1, errorLinesNaming(log, path));
 
     // Aborted before it runs: the loader starts aborted.
     log.clear();

@@ -107,6 +107,14 @@ protected:
         send(&release);
     }
 
+    void wheel(const QPoint& angle, const QPoint& pixels = QPoint(), Qt::KeyboardModifiers keys = Qt::NoModifier)
+    {
+        const QPointF at(100.0, 100.0);
+        QWheelEvent event(at, panel->mapToGlobal(QPoint(100, 100)), pixels, angle, Qt::NoButton, keys,
+                          Qt::NoScrollPhase, false);
+        send(&event);
+    }
+
     QStringList recorded() const { return recorder()->getCommands(); }
 
     QStringList messages;
@@ -233,6 +241,28 @@ TEST_F(PanelInteractionTest, WithoutShiftOrFocusTheGesturesMoveTheCamera)
     EXPECT_DOUBLE_EQ(1.05, panel->getScale()) << "three buttons do nothing";
     EXPECT_MATRIX_EQ(before, cube->getTransformMatrix());
     EXPECT_TRUE(recorded().isEmpty());
+}
+
+TEST_F(PanelInteractionTest, TheWheelCountsAlongItsDominantAxis)
+{
+    ZPointer<SceneVCGModel> cube = addCube("cube");
+    showPanel();
+    wheel(QPoint(0, 120));
+    EXPECT_DOUBLE_EQ(1.072, panel->getScale()) << "a notch up zooms in";
+    wheel(QPoint(-120, 30));
+    EXPECT_DOUBLE_EQ(1.0, panel->getScale()) << "a mostly horizontal step counts its horizontal turn";
+    wheel(QPoint(), QPoint(0, 30));
+    EXPECT_DOUBLE_EQ(1.036, panel->getScale()) << "a touchpad step in pixels only";
+    wheel(QPoint(), QPoint());
+    EXPECT_DOUBLE_EQ(1.036, panel->getScale()) << "an empty step";
+
+    // A horizontal step moves the focused element along the view axis as a vertical one does.
+    scene()->setFocus(cube.get());
+    const Matrix4 before = cube->getTransformMatrix();
+    wheel(QPoint(120, 0), QPoint(), Qt::ShiftModifier);
+    releaseShift();
+    EXPECT_DOUBLE_EQ(before[14] - 24.0, cube->getTransformMatrix()[14]);
+    EXPECT_DOUBLE_EQ(1.036, panel->getScale()) << "the camera stays";
 }
 
 TEST_F(PanelInteractionTest, AnAltShiftRightDragMovesNothing)

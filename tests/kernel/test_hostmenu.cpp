@@ -245,3 +245,26 @@ TEST_F(MenuTest, ActionsRunOpenOrAskForParameters)
     EXPECT_EQ(1, offeredSets);
     EXPECT_EQ(QStringList({"viewscene", "translate(-4)"}), executed);
 }
+
+TEST_F(MenuTest, HostEntriesStandAmongTheCommandsAndSurviveRebuilds)
+{
+    add((new MenuCommand("loadmodel"))->entry(CommandGUIDescriptor::MAINMENU, "File", 0));
+    int quits = 0;
+    CommandGUIDescriptor quit(CommandGUIDescriptor::MAINMENU, "File", 1000, "Quit", "", nullptr);
+    quit.setGUIOpenFunction([&quits](QAction*, CommandGUIDescriptor*) { ++quits; });
+    CommandGUIDescriptor open(CommandGUIDescriptor::MAINMENU, "File", -10, "Open...", "", nullptr);
+    manager->addHostEntry(&quit);
+    manager->addHostEntry(&open);
+    manager->addHostEntry(&quit);
+    manager->update();
+    ASSERT_NE(nullptr, manager->getMenu("File"));
+    EXPECT_EQ(QStringList({"Open...", "loadmodel", "Quit"}), texts(manager->getMenu("File")->actions()));
+
+    quit.getQAction()->trigger();
+    EXPECT_EQ(1, quits);
+    EXPECT_TRUE(executed.isEmpty());
+
+    manager->removeHostEntry(&open);
+    manager->removeHostEntry(&quit);
+    EXPECT_EQ(QStringList({"loadmodel"}), texts(manager->getMenu("File")->actions()));
+}

@@ -74,6 +74,62 @@ TEST_F(ImporterTest, LoadersAreFoundByTheCompleteSuffixInAnyCase)
     EXPECT_FALSE(Importer::getInstance()->getLoader("unknown.qwerty"));
 }
 
+TEST_F(ImporterTest, TheFallbackReadsByTheLastSuffixThenByContent)
+{
+    Importer* importer = Importer::getInstance();
+    importer->refreshPlugins(pluginFolder());
+    // The complete suffix finds nothing; the last one does.
+    ASSERT_TRUE(QFile::copy(QStringLiteral(QEL_SOURCE_DIR "/samples/sample.ply"), folder.filePath("sample.v1.ply")));
+    EXPECT_FALSE(importer->getLoader(folder.filePath("sample.v1.ply")));
+    std::unique_ptr<io::scene::Loader> byLastSuffix(importer->getFallbackLoader(folder.filePath("sample.v1.ply")));
+    ASSERT_TRUE(byLastSuffix);
+    std::unique_ptr<scene::MeshModel> mesh(byLastSuffix->loadMesh(folder.filePath("sample.v1.ply")));
+    EXPECT_TRUE(mesh) << qPrintable(byLastSuffix->getErrorMessage());
+
+    // Without a suffix the content decides: an ASCII STL is known by its first word.
+    const QString bare = folder.filePath("triangle");
+    {
+        QFile file(bare);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("solid t\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
+                   "endloop\nendfacet\nendsolid t\n");
+    }
+    LogCapture log;
+    std::unique_ptr<io::scene::Loader> byContent(importer->getFallbackLoader(bare));
+    ASSERT_TRUE(byContent);
+    mesh.reset(byContent->loadMesh(bare));
+    ASSERT_TRUE(mesh) << qPrintable(byContent->getErrorMessage());
+    EXPECT_EQ(1, mesh->cm.fn);
+    EXPECT_TRUE(log.contains("'" + bare + "' has a type no plug-in registered; its content is read as", 3000));
+
+    // Content that no reader knows is refused as such.
+    const QString text = folder.filePath("notes.text");
+    {
+        QFile file(text);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("nothing of a model here\n");
+    }
+    std::unique_ptr<io::scene::Loader> unknown(importer->getFallbackLoader(text));
+    ASSERT_TRUE(unknown);
+    EXPECT_FALSE(unknown->loadMesh(text));
+    EXPECT_TRUE(unknown->getErrorMessage().startsWith("Could not load '" + text + "': no reader knows its type"))
+        << qPrintable(unknown->getErrorMessage());
+}
+
+TEST_F(ImporterTest, OnlyOneFallbackLoaderIsKeptAndNoneAfterUnloading)
+{
+    Importer* importer = Importer::getInstance();
+    importer->unloadPlugins();
+    EXPECT_FALSE(importer->getFallbackLoader("any.thing"));
+    LogCapture log;
+    EXPECT_TRUE(importer->registerFallbackLoader(&noLoader));
+    EXPECT_FALSE(importer->registerFallbackLoader(&noLoader));
+    EXPECT_EQ(1, log.count("Only one loader can read the files of unregistered types!", 2000));
+    importer->unloadPlugins();
+    EXPECT_TRUE(importer->registerFallbackLoader(&noLoader));
+    importer->unloadPlugins();
+}
+
 TEST_F(ImporterTest, ASecondRegistrationOfAnExtensionIsRefused)
 {
     Importer* importer = Importer::getInstance();

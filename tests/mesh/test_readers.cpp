@@ -415,6 +415,78 @@ TEST_F(ReadersTest, FilesWithoutFacesOrInAnotherFormatAreRefused)
     EXPECT_TRUE(refused("noend.stl", "solid x\n").contains("before 'endsolid'"));
 }
 
+TEST_F(ReadersTest, PlyHeaderLinesOfNoKnownKeywordAreSkippedWithAWarning)
+{
+    // Writers put free text into the header, without the "comment" keyword.
+    const QByteArray ply = "ply\nformat ascii 1.0\nCreated by a modeller 2.47, source file: \nelement vertex 3\n"
+                           "property float x\nproperty float y\nproperty float z\n"
+                           "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
+                           "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+    const QString path = write("free_text.ply", ply);
+    LogCapture log;
+    Result result = load(path);
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    EXPECT_EQ(1, result.model->cm.fn);
+    EXPECT_EQ(1, log.count("While reading '" + path + "': header line 3: skipped, unknown keyword 'Created'", 2000));
+
+    // A header of nothing but unknown lines keeps a few warnings and counts the rest.
+    QByteArray noisy = "ply\nformat ascii 1.0\n";
+    for (int line = 0; line < 100; ++line)
+        noisy += "note " + QByteArray::number(line) + "\n";
+    noisy += ply.mid(ply.indexOf("element vertex"));
+    log.clear();
+    const QString noisyPath = write("noisy.ply", noisy);
+    result = load(noisyPath);
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    EXPECT_EQ(21, log.count("While reading '" + noisyPath + "'", 2000));
+    EXPECT_EQ(1, log.count("80 more warnings", 2000));
+}
+
+TEST_F(ReadersTest, ObjNumbersWithStrayCharactersAndFacesWithoutSurfaceAreReadPast)
+{
+    const QByteArray obj = "v 0 0 0\nv 1 0 0\nv 0 3.1+e2 0\nf\nf 1 2\nf 1 2 3\n";
+    const QString path = write("lenient.obj", obj);
+    LogCapture log;
+    Result result = load(path);
+    ASSERT_TRUE(result.model) << qPrintable(result.error);
+    EXPECT_EQ(1, result.model->cm.fn);
+    EXPECT_DOUBLE_EQ(3.1 / 2, result.model->cm.bbox.max.y());
+    EXPECT_EQ(1, log.count("While reading '" + path + "': line 3: '3.1+e2' read as 3.1", 2000));
+    EXPECT_EQ(0, log.count("3.10000"));
+    EXPECT_EQ(1, log.count("line 4: face 1 has 0 corners, fewer than a face needs: skipped", 2000));
+    EXPECT_EQ(1, log.count("line 5: face 2 has 2 corners, fewer than a face needs: skipped", 2000));
+    // Nothing but lines is no surface.
+    EXPECT_TRUE(refused("lines.obj", "v 0 0 0\nv 1 0 0\nf 1 2\n").contains("no triangles"));
+}
+
+TEST_F(ReadersTest, PlyElementsWithoutPropertiesHoldNoData)
+{
+    // However many such elements the header announces, none takes a byte or a line.
+    for (const char* format : {"ascii", "binary_little_endian"}) {
+        QByteArray ply = QByteArray("ply\nformat ") + format + " 1.0\nelement nothing 2000000000\nelement vertex 3\n"
+                         "property float x\nproperty float y\nproperty float z\n"
+                         "element face 1\nproperty list uchar int vertex_indices\nend_header\n";
+        if (QByteArray(format) == "ascii") {
+            ply += "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+        } else {
+            const float points[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+            ply.append(reinterpret_cast<const char*>(points), sizeof points);
+            const qint32 corners[3] = {0, 1, 2};
+            ply.append(char(3)).append(reinterpret_cast<const char*>(corners), sizeof corners);
+        }
+        Result result = load(write("empty_elements.ply", ply));
+        ASSERT_TRUE(result.model) << format << ": " << qPrintable(result.error);
+        EXPECT_EQ(1, result.model->cm.fn) << format;
+    }
+}
+
+TEST_F(ReadersTest, PointCloudsAreRefusedAsSuch)
+{
+    const QByteArray ply = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                           "property float z\nend_header\n0 0 0\n1 0 0\n0 1 0\n";
+    EXPECT_TRUE(refused("cloud.ply", ply).contains("no triangles, a point cloud of 3 vertices"));
+}
+
 TEST_F(ReadersTest, CheckFileLooksAtTheFirstBytesOnly)
 {
     std::unique_ptr<io::scene::Loader> ply(io::scene::Importer::getInstance()->getLoader("a.ply"));

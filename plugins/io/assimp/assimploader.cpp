@@ -1,14 +1,16 @@
 #include "plugins/io/assimp/assimploader.h"
 
+#include "kernel/log/logger.h"
+#include "plugins/io/assimpscene/assimpscenecollector.h"
 #include "plugins/io/readers/rawmesh.h"
 
 #include <QFile>
+#include <assimp/BaseImporter.h>
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>
 #include <assimp/importerdesc.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
-#include <cmath>
 #include <set>
 
 namespace qel {
@@ -20,6 +22,11 @@ namespace {
 // Read by the project's own plug-ins: each extension has exactly one reader.
 const char* const OWN_FORMATS[] = {"stl", "ply", "obj", "off"};
 
+// Validation runs before the other steps and refuses the scenes that crash them (a light
+// without its node aborts the flattening; a missing node makes it fault). Flattening
+// places every mesh by its nodes.
+const unsigned int READ_STEPS = aiProcess_ValidateDataStructure | aiProcess_Triangulate | aiProcess_PreTransformVertices;
+
 bool isOwnFormat(const QString& extension)
 {
     for (const char* own : OWN_FORMATS) {
@@ -27,14 +34,6 @@ bool isOwnFormat(const QString& extension)
             return true;
     }
     return false;
-}
-
-std::uint8_t unitToByte(float value)
-{
-    const float scaled = std::round(value * 255.0f);
-    if (!(scaled > 0.0f))
-        return 0;
-    return scaled >= 255.0f ? 255 : static_cast<std::uint8_t>(scaled);
 }
 
 } // namespace
@@ -75,55 +74,65 @@ std::vector<std::pair<QString, QString>> AssimpLoader::supportedExtensions()
     return result;
 }
 
+scene::Loader* AssimpLoader::createRecognisingContent()
+{
+    auto* loader = new AssimpLoader;
+    loader->recognisingContent = true;
+    return loader;
+}
+
+AssimpLoader::AssimpLoader() : recognisingContent(false) {}
+
+QString AssimpLoader::formatByContent(Assimp::Importer& importer, const QByteArray& path)
+{
+    for (std::size_t index = 0; index < importer.GetImporterCount(); ++index) {
+        const Assimp::BaseImporter* candidate = importer.GetImporter(index);
+        if (candidate && candidate->CanRead(path.constData(), importer.GetIOHandler(), true)) {
+            const aiImporterDesc* description = importer.GetImporterInfo(index);
+            return description && description->mName ? QString::fromLatin1(description->mName)
+                                                     : QStringLiteral("importer %1").arg(index);
+        }
+    }
+    return QString();
+}
+
 bool AssimpLoader::readFile(QFile& file)
 {
     const QByteArray path = QFile::encodeName(file.fileName());
     file.close();
     Assimp::Importer importer;
+    if (recognisingContent) {
+        recognisedAs = formatByContent(importer, path);
+        if (recognisedAs.isEmpty())
+            return fail(tr("no reader knows its type: no plug-in reads its suffix and no importer recognises its content"));
+        log::Logger::log(3000, "plugins/io/assimp/assimploader", __LINE__, "qel::io::plugins::AssimpLoader::readFile", nullptr,
+                         tr("'%1' has a type no plug-in registered; its content is read as %2").arg(fileName, recognisedAs));
+    }
+    return readScene(importer, path);
+}
+
+bool AssimpLoader::readScene(Assimp::Importer& importer, const QByteArray& path)
+{
     // The importer owns and deletes its progress handler.
     importer.SetProgressHandler(new Progress(this));
-    const aiScene* imported =
-        importer.ReadFile(path.constData(), aiProcess_Triangulate | aiProcess_PreTransformVertices);
+    const aiScene* imported = importer.ReadFile(path.constData(), READ_STEPS);
     if (aborted)
         return fail(tr("loading was aborted"));
     if (!imported)
-        return fail(tr("the importer refused the file (%1)").arg(QString::fromLocal8Bit(importer.GetErrorString())));
-
-    bool allColored = imported->mNumMeshes > 0;
-    for (unsigned int m = 0; m < imported->mNumMeshes; ++m)
-        allColored = allColored && imported->mMeshes[m]->HasVertexColors(0);
-
+        return failAs(tr("the importer refused the file (%1)").arg(QString::fromLocal8Bit(importer.GetErrorString())));
     readers::RawMesh raw;
-    for (unsigned int m = 0; m < imported->mNumMeshes; ++m) {
-        const aiMesh* part = imported->mMeshes[m];
-        const std::uint32_t first = static_cast<std::uint32_t>(raw.vertexCount());
-        for (unsigned int v = 0; v < part->mNumVertices; ++v) {
-            const aiVector3D& point = part->mVertices[v];
-            if (!std::isfinite(point.x) || !std::isfinite(point.y) || !std::isfinite(point.z))
-                return fail(tr("vertex %1 has a coordinate that is not a finite number").arg(first + v + 1));
-            raw.positions.insert(raw.positions.end(), {point.x, point.y, point.z});
-            if (allColored) {
-                const aiColor4D& color = part->mColors[0][v];
-                raw.colors.insert(raw.colors.end(), {unitToByte(color.r), unitToByte(color.g), unitToByte(color.b),
-                                                     unitToByte(color.a)});
-            }
-        }
-        for (unsigned int f = 0; f < part->mNumFaces; ++f) {
-            const aiFace& face = part->mFaces[f];
-            if (face.mNumIndices != 3)
-                continue;
-            for (unsigned int corner = 0; corner < 3; ++corner) {
-                if (face.mIndices[corner] >= part->mNumVertices)
-                    return fail(tr("face %1 uses vertex index %2, but its mesh has %3 vertices")
-                                    .arg(f + 1)
-                                    .arg(face.mIndices[corner])
-                                    .arg(part->mNumVertices));
-                raw.faces.push_back(first + face.mIndices[corner]);
-            }
-        }
-    }
+    AssimpSceneCollector collector;
+    if (!collector.collect(*imported, raw))
+        return failAs(collector.getError());
     importer.FreeScene();
     return buildMesh(raw);
+}
+
+bool AssimpLoader::failAs(const QString& reason)
+{
+    if (recognisedAs.isEmpty())
+        return fail(reason);
+    return fail(tr("%1 (its content was read as %2)").arg(reason, recognisedAs));
 }
 
 } // namespace plugins

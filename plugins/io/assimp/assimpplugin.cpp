@@ -6,12 +6,15 @@
 
 #include <assimp/version.h>
 
+// Assimp tells most formats by their content too, so it also reads the files whose suffix
+// no plug-in registered.
 QEL_IO_PLUGIN_EXPORT bool doRegister()
 {
+    using qel::io::plugins::AssimpLoader;
     bool registered = false;
-    for (const auto& format : qel::io::plugins::AssimpLoader::supportedExtensions()) {
-        registered |= qel::io::plugins::FileLoader::registerFor<qel::io::plugins::AssimpLoader>(format.first, format.second);
-    }
+    for (const auto& format : AssimpLoader::supportedExtensions())
+        registered |= qel::io::plugins::FileLoader::registerFor<AssimpLoader>(format.first, format.second);
+    registered |= qel::io::scene::Importer::getInstance()->registerFallbackLoader(&AssimpLoader::createRecognisingContent);
     return registered;
 }
 

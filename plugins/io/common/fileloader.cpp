@@ -1,9 +1,11 @@
 #include "plugins/io/common/fileloader.h"
 
+#include "kernel/log/logger.h"
 #include "module_scene/mesh/meshallocator.h"
 #include "module_scene/meshmodel.h"
 #include "plugins/io/readers/meshparser.h"
 #include "plugins/io/readers/rawmesh.h"
+#include "plugins/io/readers/readwarnings.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -78,10 +80,19 @@ bool FileLoader::failParse(const readers::MeshParser& parser)
     return fail(parser.getError());
 }
 
+void FileLoader::logWarnings(const readers::ReadWarnings& warnings) const
+{
+    for (const QString& warning : warnings.list())
+        log::Logger::log(2000, "plugins/io/common/fileloader", __LINE__, "qel::io::plugins::FileLoader::readFile", nullptr,
+                         tr("While reading '%1': %2").arg(fileName, warning));
+}
+
 bool FileLoader::buildMesh(readers::RawMesh& raw)
 {
     const std::size_t vertices = raw.vertexCount();
     const std::size_t faces = raw.faceCount();
+    if (faces == 0 && vertices > 0)
+        return fail(tr("no triangles, a point cloud of %1 vertices: the file holds no faces").arg(vertices));
     if (faces == 0)
         return fail(tr("the file holds no faces"));
     if (vertices > static_cast<std::size_t>(std::numeric_limits<int>::max())

@@ -13,6 +13,7 @@ namespace qel {
 namespace io {
 namespace readers {
 class MeshParser;
+class ReadWarnings;
 struct RawMesh;
 } // namespace readers
 
@@ -53,6 +54,8 @@ protected:
     readers::ReadMonitor::Callback monitorCallback();
     // Fails with the parser's reason, or as aborted when the monitor stopped it.
     bool failParse(const readers::MeshParser& parser);
+    // Logs each warning of the reader at level 2000, naming the file.
+    void logWarnings(const readers::ReadWarnings& warnings) const;
     // Creates the mesh from the arrays, which are emptied on the way to spare memory. An
     // abort up to here fails the load; no mesh is made then.
     bool buildMesh(readers::RawMesh& raw);

@@ -24,7 +24,9 @@ protected:
         Parser parser(&monitor);
         configure(parser);
         readers::RawMesh raw;
-        if (!parser.parse(file, raw))
+        const bool parsed = parser.parse(file, raw);
+        logWarnings(parser.getWarnings());
+        if (!parsed)
             return failParse(parser);
         return buildMesh(raw);
     }

@@ -35,6 +35,7 @@ bool MeshParser::failTruncated(const ByteSource& source, const QString& where)
 void MeshParser::reset()
 {
     error.clear();
+    warnings.clear();
     stopped = false;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plugins/io/readers/readmonitor.h"
+#include "plugins/io/readers/readwarnings.h"
 
 #include <QString>
 
@@ -22,20 +23,26 @@ public:
     const QString& getError() const { return error; }
     // Whether the last parse ended because the monitor asked it to stop.
     bool wasStopped() const { return stopped; }
+    // What the last parse skipped or put up with, each naming its place in the file.
+    const ReadWarnings& getWarnings() const { return warnings; }
+
+    // The text in single quotes for a message: at most 40 characters, unprintable ones as '?'.
+    static QString quoted(const char* text, std::size_t length);
 
 protected:
     bool fail(const QString& reason);
+    void warn(const ReadWarnings& more) { warnings.append(more); }
+    void warn(const QString& warning) { warnings.add(warning); }
     // Reports the position; false (with the failure set) when the read is to stop.
     bool advance(qint64 position);
     // The failure for input that ended early or could not be read from the device.
     bool failTruncated(const ByteSource& source, const QString& where);
     void reset();
 
-    static QString quoted(const char* text, std::size_t length);
-
 private:
     ReadMonitor* monitor;
     QString error;
+    ReadWarnings warnings;
     bool stopped;
 };
 

@@ -66,8 +66,8 @@ bool ObjParser::parseVertex(const std::vector<std::string_view>& tokens, RawMesh
     // "v x y z", "v x y z w" or "v x y z r g b"; a weight w is read past.
     const std::size_t used = values >= 6 ? 6 : 3;
     for (std::size_t i = 0; i < used; ++i) {
-        if (!TextScanner::toDouble(tokens[i + 1], value[i]))
-            return failAtLine(QStringLiteral("a number expected, found %1").arg(quoted(tokens[i + 1].data(), tokens[i + 1].size())));
+        if (!readNumber(tokens[i + 1], value[i]))
+            return false;
     }
     const std::size_t vertex = mesh.vertexCount();
     if (!std::isfinite(value[0]) || !std::isfinite(value[1]) || !std::isfinite(value[2]))
@@ -80,11 +80,27 @@ bool ObjParser::parseVertex(const std::vector<std::string_view>& tokens, RawMesh
     return true;
 }
 
+// Writers leave stray characters behind a number ("3.1+e2" for 3.1e+2); as other readers
+// do, the number they start with is taken, with a warning.
+bool ObjParser::readNumber(std::string_view token, double& value)
+{
+    if (TextScanner::toDouble(token, value))
+        return true;
+    if (TextScanner::toLeadingDouble(token, value) == 0)
+        return failAtLine(QStringLiteral("a number expected, found %1").arg(quoted(token.data(), token.size())));
+    warnAtLine(QStringLiteral("%1 read as %2").arg(quoted(token.data(), token.size())).arg(value, 0, 'g', -1));
+    return true;
+}
+
+// Points ("f 1") and lines ("f 1 2") are no surface: they are skipped, as the faces of no
+// corner that some writers leave.
 bool ObjParser::parseFace(const std::vector<std::string_view>& tokens, RawMesh& mesh)
 {
     ++faceNumber;
-    if (tokens.size() < 4)
-        return failAtLine(QStringLiteral("face %1 has %2 corners; a face needs at least three").arg(faceNumber).arg(tokens.size() - 1));
+    if (tokens.size() < 4) {
+        warnAtLine(QStringLiteral("face %1 has %2 corners, fewer than a face needs: skipped").arg(faceNumber).arg(tokens.size() - 1));
+        return true;
+    }
     const long long defined = static_cast<long long>(mesh.vertexCount());
     corners.clear();
     for (std::size_t i = 1; i < tokens.size(); ++i) {
@@ -112,6 +128,11 @@ bool ObjParser::parseFace(const std::vector<std::string_view>& tokens, RawMesh& 
 bool ObjParser::failAtLine(const QString& reason)
 {
     return fail(QStringLiteral("line %1: %2").arg(lineNumber).arg(reason));
+}
+
+void ObjParser::warnAtLine(const QString& warning)
+{
+    warn(QStringLiteral("line %1: %2").arg(lineNumber).arg(warning));
 }
 
 } // namespace readers

@@ -27,7 +27,9 @@ public:
 private:
     bool parseVertex(const std::vector<std::string_view>& tokens, RawMesh& mesh);
     bool parseFace(const std::vector<std::string_view>& tokens, RawMesh& mesh);
+    bool readNumber(std::string_view token, double& value);
     bool failAtLine(const QString& reason);
+    void warnAtLine(const QString& warning);
 
     int lineNumber;
     std::size_t faceNumber;

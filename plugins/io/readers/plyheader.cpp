@@ -1,5 +1,6 @@
 #include "plugins/io/readers/plyheader.h"
 
+#include "plugins/io/readers/meshparser.h"
 #include "plugins/io/readers/textscanner.h"
 
 #include <limits>
@@ -48,7 +49,7 @@ std::vector<std::string> splitWords(std::string_view line)
 
 QString shown(const std::string& word)
 {
-    return QStringLiteral("'%1'").arg(QString::fromLatin1(word.data(), static_cast<int>(std::min<std::size_t>(word.size(), 40))));
+    return MeshParser::quoted(word.data(), word.size());
 }
 
 } // namespace
@@ -117,6 +118,7 @@ const PlyHeader::Element* PlyHeader::findElement(const char* name) const
 bool PlyHeader::parse(TextScanner& scanner)
 {
     error.clear();
+    warnings.clear();
     elements.clear();
     std::string_view line;
     if (!scanner.nextLine(line) || splitWords(line) != std::vector<std::string>{"ply"})
@@ -178,7 +180,8 @@ bool PlyHeader::parseLine(const std::vector<std::string>& words, int lineNumber)
     }
     if (keyword == "property")
         return parseProperty(words, lineNumber);
-    return fail(QStringLiteral("header line %1: unknown keyword %2").arg(lineNumber).arg(shown(keyword)));
+    warnings.add(QStringLiteral("header line %1: skipped, unknown keyword %2").arg(lineNumber).arg(shown(keyword)));
+    return true;
 }
 
 bool PlyHeader::parseProperty(const std::vector<std::string>& words, int lineNumber)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plugins/io/readers/readwarnings.h"
+
 #include <QString>
 #include <string>
 #include <vector>
@@ -43,9 +45,11 @@ public:
     static std::size_t sizeOf(Type type);
     static bool isInteger(Type type) { return type != FLOAT32 && type != FLOAT64; }
 
-    // Reads the header up to and including its "end_header" line.
+    // Reads the header up to and including its "end_header" line. Lines with a keyword of
+    // no known meaning are skipped with a warning, as writers put free text there.
     bool parse(TextScanner& scanner);
     const QString& getError() const { return error; }
+    const ReadWarnings& getWarnings() const { return warnings; }
 
     Format format = ASCII;
     std::vector<Element> elements;
@@ -58,6 +62,7 @@ private:
     bool fail(const QString& reason);
 
     QString error;
+    ReadWarnings warnings;
 };
 
 } // namespace readers

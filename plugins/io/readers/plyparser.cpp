@@ -196,7 +196,9 @@ bool PlyParser::parse(QIODevice& device, RawMesh& mesh)
     ByteSource bytes(device);
     source = &bytes;
     TextScanner scanner(bytes);
-    if (!header.parse(scanner)) {
+    const bool headerRead = header.parse(scanner);
+    warn(header.getWarnings());
+    if (!headerRead) {
         if (bytes.hasFailed())
             return failTruncated(bytes, QString());
         return fail(header.getError());
@@ -262,6 +264,10 @@ template <typename Values>
 bool PlyParser::readBody(Values& values, RawMesh& mesh)
 {
     for (const PlyHeader::Element& element : header.elements) {
+        // An element without properties holds no data, however many it announces: counting
+        // through billions of nothing would only stall the load.
+        if (element.properties.empty())
+            continue;
         if (!readElement(values, element, mesh))
             return false;
     }

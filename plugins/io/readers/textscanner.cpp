@@ -186,6 +186,14 @@ bool TextScanner::toInteger(std::string_view text, long long& value)
     return parseWhole(text, value);
 }
 
+std::size_t TextScanner::toLeadingDouble(std::string_view text, double& value)
+{
+    const std::size_t sign = !text.empty() && text.front() == '+' ? 1 : 0;
+    const char* first = text.data() + sign;
+    const std::from_chars_result result = std::from_chars(first, text.data() + text.size(), value, std::chars_format::general);
+    return result.ec == std::errc() ? sign + static_cast<std::size_t>(result.ptr - first) : 0;
+}
+
 } // namespace readers
 } // namespace io
 } // namespace qel

@@ -45,6 +45,8 @@ public:
     static void split(std::string_view line, std::vector<std::string_view>& tokens, char comment = 0);
     static bool toDouble(std::string_view text, double& value);
     static bool toInteger(std::string_view text, long long& value);
+    // The number at the start of the text; the count of characters it takes, 0 for none.
+    static std::size_t toLeadingDouble(std::string_view text, double& value);
 
 private:
     bool skipBlanks(bool acrossLines);
