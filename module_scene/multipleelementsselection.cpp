@@ -53,9 +53,11 @@ QString MultipleElementsSelection::getTypeName() const
     return TypeName;
 }
 
+// A move refused as unusable moves no member either: each would be refused on its own.
 void MultipleElementsSelection::operator+=(const Matrix4& matrix)
 {
-    SceneElement::operator+=(matrix);
+    if (!moveBy(matrix))
+        return;
     const Matrix4 centre = Matrix4::translation(m_transformMatrix(0, 3), m_transformMatrix(1, 3),
                                                 m_transformMatrix(2, 3));
     const Matrix4 aboutCentre = (centre * matrix) * centre.getInverse();
