@@ -97,6 +97,23 @@ void MultipleElementsSelection::removeChild(SceneElement* child)
     update();
 }
 
+void MultipleElementsSelection::replaceMembers(const ElementList& members)
+{
+    ElementList old;
+    old.swap(m_childs);
+    for (const Pointer& member : old)
+        updateChildAParentSceneElementIsAModifier(member.get());
+    Box merged;
+    for (const Pointer& member : members) {
+        if (!member->isTransformable())
+            continue;
+        m_childs.push_back(member);
+        merged += boxOf(member);
+    }
+    groupBoundingBox = merged;
+    update();
+}
+
 void MultipleElementsSelection::update()
 {
     typedef math::NumericTraits<math::zReal> Traits;

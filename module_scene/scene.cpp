@@ -679,19 +679,30 @@ void Scene::elementsSelected(const main::Event* event)
         focusedNode = selectedElements.front();
     } else {
         focusedNode = selectionNode;
-        if (!selectionNode.isNull()) {
-            selectionNode->clearChilds();
-            for (const ElementPointer& entry : selectedElements) {
-                if (entry != selectionNode && entry != rootNode)
-                    selectionNode->addChild(entry.get(), false);
-            }
-        }
+        if (!selectionNode.isNull())
+            fillSelectionNode();
     }
     if (!focusedNode.isNull())
         focusedNode->setFocused(true);
 
     fire(SCENE_ELEMENT_FOCUSED, focusedNode.get());
     informObservers(nullptr);
+}
+
+void Scene::fillSelectionNode()
+{
+    ElementList members;
+    for (const ElementPointer& entry : selectedElements) {
+        if (entry != selectionNode && entry != rootNode)
+            members.push_back(entry);
+    }
+    if (auto* group = dynamic_cast<MultipleElementsSelection*>(selectionNode.get())) {
+        group->replaceMembers(members);
+        return;
+    }
+    selectionNode->clearChilds();
+    for (const ElementPointer& member : members)
+        selectionNode->addChild(member.get(), false);
 }
 
 bool Scene::isElementSelected(const ElementPointer& element) const

@@ -203,6 +203,7 @@ private:
     NumberedElement* numberedElement(SceneElement* element, bool* isLight) const;
     void recomputeLines(SceneElement* element) const;
     void leaveSelection(SceneElement* element);
+    void fillSelectionNode();
     void appendToElementList(SceneElement* element);
     void removeFromElementList(SceneElement* element);
     void clearElementList();
