@@ -53,9 +53,11 @@ QString MultipleElementsSelection::getTypeName() const
     return TypeName;
 }
 
+// A move refused as unusable moves no member either: each would be refused on its own.
 void MultipleElementsSelection::operator+=(const Matrix4& matrix)
 {
-    SceneElement::operator+=(matrix);
+    if (!moveBy(matrix))
+        return;
     const Matrix4 centre = Matrix4::translation(m_transformMatrix(0, 3), m_transformMatrix(1, 3),
                                                 m_transformMatrix(2, 3));
     const Matrix4 aboutCentre = (centre * matrix) * centre.getInverse();
@@ -91,6 +93,23 @@ void MultipleElementsSelection::removeChild(SceneElement* child)
     Box merged;
     for (const Pointer& member : m_childs)
         merged += boxOf(member);
+    groupBoundingBox = merged;
+    update();
+}
+
+void MultipleElementsSelection::replaceMembers(const ElementList& members)
+{
+    ElementList old;
+    old.swap(m_childs);
+    for (const Pointer& member : old)
+        updateChildAParentSceneElementIsAModifier(member.get());
+    Box merged;
+    for (const Pointer& member : members) {
+        if (!member->isTransformable())
+            continue;
+        m_childs.push_back(member);
+        merged += boxOf(member);
+    }
     groupBoundingBox = merged;
     update();
 }

@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <typeinfo>
+#include <unordered_set>
 
 namespace qel {
 namespace scene {
@@ -89,7 +90,7 @@ void Scene::addElement(SceneElement* element)
     }
     // A second registration keeps one level of the lock: from another thread it shows up
     // as a stall at the next lock, which is where such a fault is found.
-    if (holds(elementList, element))
+    if (names.contains(element))
         return;
 
     updateToFreeName(element);
@@ -99,7 +100,7 @@ void Scene::addElement(SceneElement* element)
 
     const ElementList childs = *element->getChilds();
     for (const ElementPointer& child : childs) {
-        if (holds(elementList, child))
+        if (names.contains(child))
             continue;
         updateToFreeName(child);
         addElementInternal(child);
@@ -119,7 +120,7 @@ void Scene::addElementInternal(SceneElement* element)
     callInitFunctionsForElementTypeBeforeAdd(element);
     pendingElements.remove(element);
     element->attachObserver(observer);
-    elementList.push_back(element);
+    appendToElementList(element);
     updateGlobalScalingFactor();
     callInitFunctionsForElementName(element);
     callInitFunctionsForElementType(element);
@@ -175,16 +176,30 @@ void Scene::removeElementInternal(SceneElement* element)
         if (!selectionNode.isNull())
             selectionNode->clearChilds();
         fire(SCENE_ELEMENT_FOCUSED, nullptr);
+    } else {
+        leaveSelection(element);
     }
 
     const ElementPointer parent = element->getParentSceneElement();
     if (!parent.isNull())
         parent->removeChild(element);
 
-    elementList.remove(element);
+    removeFromElementList(element);
     initFunctionsForElementName.erase(element->getName());
     updateGlobalScalingFactor();
     fire(SCENE_ELEMENT_REMOVED, element);
+}
+
+// A member of a multiple selection goes out of it with its removal: otherwise removing or
+// clearing the selection node later would remove it a second time.
+void Scene::leaveSelection(SceneElement* element)
+{
+    auto entry = std::find(selectedElements.begin(), selectedElements.end(), element);
+    if (entry == selectedElements.end())
+        return;
+    selectedElements.erase(entry);
+    if (!selectionNode.isNull() && selectionNode.get() != element)
+        selectionNode->removeChild(element);
 }
 
 void Scene::removeElementSubNodesOfType(SceneElement* parent, const QString& type)
@@ -249,11 +264,18 @@ void Scene::setRootNode(const ElementPointer& newRoot)
 
 Scene::ElementPointer Scene::getSceneElement(const QString& name) const
 {
-    for (const ElementList* list : {&elementList, &pendingElements}) {
-        for (const ElementPointer& element : *list) {
+    if (const std::vector<SceneElement*>* found = names.find(name)) {
+        if (found->size() == 1)
+            return found->front();
+        // Several alike (a tree taken over as it was): the first in the list is the one.
+        for (const ElementPointer& element : elementList) {
             if (element->getName() == name)
                 return element;
         }
+    }
+    for (const ElementPointer& element : pendingElements) {
+        if (element->getName() == name)
+            return element;
     }
     return ElementPointer();
 }
@@ -294,34 +316,39 @@ void Scene::getAllNodes(const ElementPointer& start, ElementList& out) const
 
 bool Scene::isExisting(SceneElement* element) const
 {
-    return holds(elementList, element);
+    return names.contains(element);
 }
 
 bool Scene::isNameAvailable(const QString& name) const
 {
-    return std::none_of(elementList.begin(), elementList.end(),
-                        [&name](const ElementPointer& element) { return element->getName() == name; });
+    return names.count(name) == 0;
 }
 
-// After a collision the walk restarts behind the root: a name that only the root has is
-// seen in the first pass alone. The base is not parsed, so Plane_1 becomes Plane_1_1.
+// The rule of a walk over the list that restarts behind its first entry (the root) after
+// each collision: the base is checked against every entry, the numbered names against all
+// but the first, so a name that only the root has is seen for the base alone. The base is
+// not parsed, so Plane_1 becomes Plane_1_1.
 void Scene::updateToFreeName(SceneElement* element)
 {
     const QString base = element->getName();
-    QString candidate = base;
-    int counter = 0;
-    auto entry = elementList.begin();
-    while (entry != elementList.end()) {
-        if ((*entry)->getName() != candidate) {
-            ++entry;
-            continue;
-        }
-        ++counter;
-        candidate = base + "_" + QString::number(counter);
-        entry = std::next(elementList.begin());
+    if (names.count(base) == 0)
+        return;
+    const SceneElement* firstEntry = elementList.empty() ? nullptr : elementList.front().get();
+    if (firstEntry != firstEntryOfCounters) {
+        names.forgetCounters();
+        firstEntryOfCounters = firstEntry;
     }
-    if (counter >= 1)
-        element->setName(candidate);
+    const int counter =
+        names.firstFreeCounter(base, [this](const QString& name) { return nameTakenBehindFirstEntry(name); });
+    element->setName(SceneNameIndex::numberedName(base, counter));
+}
+
+bool Scene::nameTakenBehindFirstEntry(const QString& name) const
+{
+    const int entries = names.count(name);
+    if (entries == 0)
+        return false;
+    return entries > 1 || elementList.front()->getName() != name;
 }
 
 // ---------------------------------------------------------------------------------------
@@ -343,15 +370,18 @@ void Scene::registerInitFunctionForElementTypeBeforeAdd(const QString& type, con
     initFunctionsForElementTypeBeforeAdd[type].push_back(std::make_pair(function, data));
 }
 
+// One-shot: the functions run in their order and then the name's entry goes, with
+// whatever they registered for the name meanwhile. They run from a copy, as they may
+// register or the element may be renamed while they run.
 void Scene::callInitFunctionsForElementName(SceneElement* element)
 {
-    auto entry = initFunctionsForElementName.find(element->getName());
+    const QString name = element->getName();
+    auto entry = initFunctionsForElementName.find(name);
     if (entry == initFunctionsForElementName.end())
         return;
-    // Taken out first: a function may register for the same name again.
     const InitFunctionList functions = entry->second;
-    initFunctionsForElementName.erase(entry);
     callInitFunctions(functions, element);
+    initFunctionsForElementName.erase(name);
 }
 
 void Scene::callInitFunctionsForElementType(SceneElement* element)
@@ -414,7 +444,7 @@ void Scene::clearScene()
     // What is left (the root) must not tell a scene it no longer belongs to.
     for (const ElementPointer& element : elementList)
         element->detachObserver(observer);
-    elementList.clear();
+    clearElementList();
     selectionNode = nullptr;
     rootNode = nullptr;
     elementMutex.unlock();
@@ -480,11 +510,17 @@ void Scene::childElementsReordered(const main::Event* event)
         return;
     }
     QMutexLocker locker(&elementMutex);
-    const ElementList childs = *parent->getChilds();
-    for (const ElementPointer& child : childs)
-        elementList.remove(child);
-    for (const ElementPointer& child : childs)
-        elementList.push_back(child);
+    // A child list may name a child more than once; the registry keeps one entry of each.
+    std::unordered_set<const SceneElement*> moved;
+    ElementList order;
+    for (const ElementPointer& child : *parent->getChilds()) {
+        if (moved.insert(child.get()).second)
+            order.push_back(child);
+    }
+    for (const ElementPointer& child : order)
+        removeFromElementList(child);
+    for (const ElementPointer& child : order)
+        appendToElementList(child);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -594,7 +630,7 @@ void Scene::setFocus(const SceneElement* element)
     }
     if (element->isFocused() && focusedNode == element)
         return;
-    if (!holds(elementList, element))
+    if (!names.contains(element))
         return;
     // The handler of the event makes the change.
     fire(SCENE_ELEMENT_FOCUSED, const_cast<SceneElement*>(element));
@@ -643,19 +679,30 @@ void Scene::elementsSelected(const main::Event* event)
         focusedNode = selectedElements.front();
     } else {
         focusedNode = selectionNode;
-        if (!selectionNode.isNull()) {
-            selectionNode->clearChilds();
-            for (const ElementPointer& entry : selectedElements) {
-                if (entry != selectionNode && entry != rootNode)
-                    selectionNode->addChild(entry.get(), false);
-            }
-        }
+        if (!selectionNode.isNull())
+            fillSelectionNode();
     }
     if (!focusedNode.isNull())
         focusedNode->setFocused(true);
 
     fire(SCENE_ELEMENT_FOCUSED, focusedNode.get());
     informObservers(nullptr);
+}
+
+void Scene::fillSelectionNode()
+{
+    ElementList members;
+    for (const ElementPointer& entry : selectedElements) {
+        if (entry != selectionNode && entry != rootNode)
+            members.push_back(entry);
+    }
+    if (auto* group = dynamic_cast<MultipleElementsSelection*>(selectionNode.get())) {
+        group->replaceMembers(members);
+        return;
+    }
+    selectionNode->clearChilds();
+    for (const ElementPointer& member : members)
+        selectionNode->addChild(member.get(), false);
 }
 
 bool Scene::isElementSelected(const ElementPointer& element) const
@@ -682,6 +729,13 @@ void Scene::addSelectedPoint(const Vector4& position, SceneElement* element)
 
 void Scene::addSelectedPoint(SelectedPoint* point)
 {
+    const PointPointer taken(point);
+    const SelectedPoint::Vector3 position = point->getPoint();
+    if (!std::isfinite(position.x()) || !std::isfinite(position.y()) || !std::isfinite(position.z())) {
+        log::Logger::log(2000, "module_scene/scene", __LINE__, "qel::scene::Scene::addSelectedPoint", nullptr,
+                         "A point that is not finite can't be picked");
+        return;
+    }
     selectedPoints.push_back(point);
     changed = true;
     fire(POINTS_SELECTED, point);
@@ -789,6 +843,12 @@ void Scene::setMeasuring(double value)
                          "Measuring cannot be 0.0");
         return;
     }
+    // Every shown coordinate is divided by it: a negative one would mirror them all.
+    if (!std::isfinite(value) || value < Traits::Zero) {
+        log::Logger::log(2000, "module_scene/scene", __LINE__, "qel::scene::Scene::setMeasuring", nullptr,
+                         QStringLiteral("Measuring must be a finite positive number, not %1").arg(value));
+        return;
+    }
     measuring = value;
     for (const ElementPointer& element : elementList) {
         if (element->getTypeName() == LinesType)
@@ -825,6 +885,11 @@ void Scene::updateGlobalScalingFactor()
 
 void Scene::forceScaleFactor(double factor)
 {
+    if (!std::isfinite(factor) || factor <= Traits::Zero) {
+        log::Logger::log(2000, "module_scene/scene", __LINE__, "qel::scene::Scene::forceScaleFactor", nullptr,
+                         QStringLiteral("The scaling factor must be a finite positive number, not %1").arg(factor));
+        return;
+    }
     if (factor == globalScalingFactor)
         return;
     globalScalingFactor = factor;
@@ -850,6 +915,24 @@ void Scene::recomputeLines(SceneElement* element) const
 // ---------------------------------------------------------------------------------------
 // Helpers
 
+void Scene::appendToElementList(SceneElement* element)
+{
+    elementList.push_back(element);
+    names.add(element);
+}
+
+void Scene::removeFromElementList(SceneElement* element)
+{
+    elementList.remove(element);
+    names.remove(element);
+}
+
+void Scene::clearElementList()
+{
+    elementList.clear();
+    names.clear();
+}
+
 void Scene::notify(void* data, CHANGECAUSEBIT bit)
 {
     changeCause.fetch_or(bit);
@@ -868,12 +951,17 @@ bool Scene::holds(const ElementList& list, const SceneElement* element)
     return std::any_of(list.begin(), list.end(), [element](const ElementPointer& held) { return held == element; });
 }
 
-void Scene::SceneElementObserver::update(void* data, void*)
+void Scene::SceneElementObserver::update(void* data, void* source)
 {
     if (scene.isNull())
         return;
-    if (reinterpret_cast<intptr_t>(data) == SceneElement::CHANGE_TRANSFORM)
+    if (reinterpret_cast<intptr_t>(data) == SceneElement::CHANGE_TRANSFORM) {
         scene->changed = true;
+    } else if (source) {
+        // A rename comes as a property change, before anyone hears of the new name.
+        QMutexLocker locker(&scene->elementMutex);
+        scene->names.refresh(static_cast<SceneElement*>(static_cast<util::ZObservedClass*>(source)));
+    }
     scene->notify(nullptr, CHANGE_ELEMENT);
 }
 

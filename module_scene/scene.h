@@ -4,6 +4,7 @@
 #include "kernel/util/zobserver.h"
 #include "kernel/util/zpointer.h"
 #include "module_scene/sceneelement.h"
+#include "module_scene/scenenameindex.h"
 
 #include <QMutex>
 #include <QString>
@@ -179,6 +180,7 @@ private:
     {
     public:
         explicit SceneElementObserver(Scene* scene) : scene(scene) {}
+        // Source: the element that changed.
         void update(void* data, void* source) override;
         void release() { scene = nullptr; }
 
@@ -200,6 +202,12 @@ private:
     void takeBackNumber(SceneElement* element);
     NumberedElement* numberedElement(SceneElement* element, bool* isLight) const;
     void recomputeLines(SceneElement* element) const;
+    void leaveSelection(SceneElement* element);
+    void fillSelectionNode();
+    void appendToElementList(SceneElement* element);
+    void removeFromElementList(SceneElement* element);
+    void clearElementList();
+    bool nameTakenBehindFirstEntry(const QString& name) const;
     void notify(void* data, CHANGECAUSEBIT bit);
     void fire(unsigned long id, void* data);
     void resetAvailability();
@@ -208,6 +216,10 @@ private:
     static bool holds(const ElementList& list, const SceneElement* element);
 
     ElementList elementList;
+    // elementList by name; changed only together with it, and told of renames by the observer.
+    SceneNameIndex names;
+    // The entry that free-name searches skip after a collision, as firstFreeCounter last saw it.
+    const SceneElement* firstEntryOfCounters = nullptr;
     ElementList* deferredElements = nullptr;
     ElementList pendingElements;
     ElementPointer rootNode;

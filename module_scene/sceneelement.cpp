@@ -13,7 +13,10 @@
 #include <QXmlStreamWriter>
 #include <GL/gl.h>
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <limits>
+#include <unordered_set>
 
 namespace qel {
 namespace scene {
@@ -208,6 +211,8 @@ void SceneElement::setTransformMatrix(const Matrix4& matrix)
     if (!m_isTransformable)
         log::Logger::log(2000, "module_scene/sceneelement", 847, "qel::scene::SceneElement::setTransformMatrix",
                          nullptr, "Element %s is not transformable", qPrintable(m_name));
+    if (!acceptsTransform(matrix, "qel::scene::SceneElement::setTransformMatrix"))
+        return;
     m_pastTransformMatrix = m_transformMatrix;
     m_transformMatrix = matrix;
     m_futureTransformMatrix = matrix;
@@ -216,13 +221,67 @@ void SceneElement::setTransformMatrix(const Matrix4& matrix)
 
 void SceneElement::operator+=(const Matrix4& matrix)
 {
+    moveBy(matrix);
+}
+
+// The move is checked before anything changes: a refused one leaves all matrices as they
+// are, the future one too.
+bool SceneElement::moveBy(const Matrix4& matrix)
+{
+    if (!acceptsTransform(movedBy(matrix), "qel::scene::SceneElement::operator+="))
+        return false;
     setFutureTransform(matrix);
     bool accept = true;
     fire(SCENE_ELEMENT_TRANSFORM_STARTING, &accept, this);
     if (!accept)
-        return;
+        return true;
     shiftMatrices();
     setChanged(CHANGE_TRANSFORM);
+    return true;
+}
+
+bool SceneElement::acceptsTransform(const Matrix4& transform, const char* function) const
+{
+    return acceptsMatrix(transform, transform, m_originMatrix, "transform", function);
+}
+
+bool SceneElement::acceptsOrigin(const Matrix4& origin, const char* function) const
+{
+    return acceptsMatrix(origin, m_transformMatrix, origin, "origin", function);
+}
+
+namespace {
+
+// GL, the views and the saved scene take matrices in single precision: an entry beyond
+// its range turns into an infinity there, and into NaN in the next product.
+bool fitsSinglePrecision(const SceneElement::Matrix4& matrix)
+{
+    const double largest = std::numeric_limits<float>::max();
+    for (int i = 0; i < 16; ++i) {
+        if (!(std::fabs(matrix[i]) <= largest))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+// Whatever is drawn, picked or inverted later must stay finite: the new matrix must be
+// finite and invertible, and so must the complete matrix it gives with the other one.
+bool SceneElement::acceptsMatrix(const Matrix4& changed, const Matrix4& transform, const Matrix4& origin,
+                                 const char* what, const char* function) const
+{
+    const char* fault = nullptr;
+    if (!changed.isFinite() || !fitsSinglePrecision(changed))
+        fault = "is not finite";
+    else if (!changed.isInvertible() || !completeMatrix(transform, origin).isInvertible())
+        fault = "has no finite inverse";
+    if (!fault)
+        return true;
+    log::Logger::log(2000, "module_scene/sceneelement", __LINE__, function, nullptr,
+                     QStringLiteral("The %1 of '%2' was refused: its new matrix %3")
+                         .arg(QLatin1String(what), m_name, QLatin1String(fault)));
+    return false;
 }
 
 // The memento is taken before listeners hear of the move, and stored after them.
@@ -298,18 +357,23 @@ void SceneElement::clearChilds()
         removeChild(m_childs.front().get());
 }
 
+// Every entry of the order that is a child goes in as given, a repeated one as often as it
+// is named; the children it doesn't name follow in their present order.
 void SceneElement::reorderChilds(const ElementList& order)
 {
+    std::unordered_set<const SceneElement*> present;
+    for (const Pointer& child : m_childs)
+        present.insert(child.get());
+    std::unordered_set<const SceneElement*> listed;
     ElementList reordered;
-    auto taken = [&reordered](const Pointer& element) {
-        return std::find(reordered.begin(), reordered.end(), element) != reordered.end();
-    };
     for (const Pointer& element : order) {
-        if (holdsChild(element) && !taken(element))
-            reordered.push_back(element);
+        if (!present.count(element.get()))
+            continue;
+        reordered.push_back(element);
+        listed.insert(element.get());
     }
     for (const Pointer& child : m_childs) {
-        if (!taken(child))
+        if (listed.insert(child.get()).second)
             reordered.push_back(child);
     }
     m_childs = reordered;
@@ -502,9 +566,14 @@ bool SceneElement::intersectTriangle(const Vector4& a, const Vector4& b, const V
 
 SceneElement::Matrix4 SceneElement::modifyToCompleteTransformMatrix(const Matrix4& matrix) const
 {
+    return completeMatrix(matrix, m_originMatrix);
+}
+
+SceneElement::Matrix4 SceneElement::completeMatrix(const Matrix4& transform, const Matrix4& origin) const
+{
     if (!m_hasScalingFactor)
-        return matrix * m_originMatrix;
-    return (matrix * m_originMatrix) * getScalingMatrix();
+        return transform * origin;
+    return (transform * origin) * getScalingMatrix();
 }
 
 // Without a scaling factor the origin stays in: only the scaled form inverts the complete matrix.
@@ -517,8 +586,17 @@ SceneElement::Matrix4 SceneElement::modifyToTransformMatrix(const Matrix4& matri
 
 void SceneElement::operator*=(const Matrix4& matrix)
 {
+    const Matrix4 origin = originMovedBy(matrix);
+    if (acceptsOrigin(origin, "qel::scene::SceneElement::operator*="))
+        m_originMatrix = origin;
+}
+
+SceneElement::Matrix4 SceneElement::originMovedBy(const Matrix4& matrix) const
+{
     const Matrix4 rotation = getRotation();
-    m_originMatrix *= (rotation.getInverse() * matrix) * rotation;
+    Matrix4 origin = m_originMatrix;
+    origin *= (rotation.getInverse() * matrix) * rotation;
+    return origin;
 }
 
 void SceneElement::translate(const Vector3& position)
@@ -559,8 +637,11 @@ void SceneElement::rotate(double x, double y, double z, double angle)
 
 void SceneElement::rotateOrigin(const Matrix4& rotation, const Matrix4&)
 {
-    m_originMatrix =
+    const Matrix4 origin =
         m_originMatrix * m_transformMatrix * rotation * m_transformMatrix.getInverse() * m_originMatrix.getInverse();
+    if (!acceptsOrigin(origin, "qel::scene::SceneElement::rotateOrigin"))
+        return;
+    m_originMatrix = origin;
     setChanged(CHANGE_TRANSFORM);
 }
 
@@ -571,6 +652,8 @@ void SceneElement::setOrigin(const Matrix4& origin)
                          "Origin of element %s is not changeable!", qPrintable(m_name));
         return;
     }
+    if (!acceptsOrigin(origin, "qel::scene::SceneElement::setOrigin"))
+        return;
     m_originMatrix = origin;
     setChanged(CHANGE_TRANSFORM);
 }
@@ -588,6 +671,9 @@ void SceneElement::setOriginPosition(const Vector4& position)
     if (offset.dot(offset) == Traits::Zero)
         return;
     Matrix4 shift = Matrix4::translation(offset.x(), offset.y(), offset.z());
+    // Both halves or neither: the pivot alone must not move.
+    if (!acceptsOrigin(originMovedBy(shift), "qel::scene::SceneElement::setOriginPosition"))
+        return;
     *this *= shift;
     for (int row = 0; row < 3; ++row)
         shift(row, 3) = -shift(row, 3);
@@ -648,12 +734,18 @@ void SceneElement::setChanged(CHANGECAUSE cause)
     informObservers(reinterpret_cast<void*>(static_cast<intptr_t>(cause)));
 }
 
-// M acts about the element's position along the parent's axes: T*R becomes T*M*R.
 void SceneElement::setFutureTransform(const Matrix4& matrix)
 {
+    m_futureTransformMatrix = movedBy(matrix);
+}
+
+// M acts about the element's position along the parent's axes: T*R becomes T*M*R.
+SceneElement::Matrix4 SceneElement::movedBy(const Matrix4& matrix) const
+{
     const Matrix4 rotation = getRotation();
-    m_futureTransformMatrix = m_transformMatrix;
-    m_futureTransformMatrix *= (rotation.getInverse() * matrix) * rotation;
+    Matrix4 moved = m_transformMatrix;
+    moved *= (rotation.getInverse() * matrix) * rotation;
+    return moved;
 }
 
 void SceneElement::shiftMatrices()

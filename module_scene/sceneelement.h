@@ -85,7 +85,8 @@ public:
 
     // Tree.
     void clearChilds();
-    // The given children first, in the given order; the others keep their order behind them.
+    // The given children first, in the given order and as often as given; the others keep
+    // their order behind them.
     void reorderChilds(const ElementList& order);
     void updateChildAParentSceneElementIsAModifier(SceneElement* child) const;
     Pointer& getParentSceneElement() { return m_parent; }
@@ -195,6 +196,16 @@ protected:
     virtual void setFutureTransform(const Matrix4& matrix);
     virtual void shiftMatrices();
 
+    // The move of operator+=: false when it was refused because its matrix would not be
+    // usable (logged; nothing changed), true when it was made or a listener vetoed it.
+    bool moveBy(const Matrix4& matrix);
+    // What a move by the matrix would make of the transform (the future matrix).
+    Matrix4 movedBy(const Matrix4& matrix) const;
+    // Whether a matrix may become the transform or the origin; a refusal is logged as one
+    // line naming the element.
+    bool acceptsTransform(const Matrix4& transform, const char* function) const;
+    bool acceptsOrigin(const Matrix4& origin, const char* function) const;
+
     // The twelve edges of a box as GL lines, in the current colour and state.
     static void drawBoxEdges(const Box& box);
 
@@ -250,6 +261,10 @@ private:
     void fire(unsigned long id, void* data, void* source);
     bool holdsChild(const SceneElement* child) const;
     Matrix4 getScalingMatrix() const;
+    Matrix4 completeMatrix(const Matrix4& transform, const Matrix4& origin) const;
+    Matrix4 originMovedBy(const Matrix4& matrix) const;
+    bool acceptsMatrix(const Matrix4& changed, const Matrix4& transform, const Matrix4& origin, const char* what,
+                       const char* function) const;
     Matrix4 getRotation() const;
     Box computeScaledBoundingBox() const;
     void drawBoundingBoxOutline();

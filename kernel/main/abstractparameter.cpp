@@ -1,6 +1,9 @@
 #include "kernel/main/abstractparameter.h"
 
 #include <QMutexLocker>
+#include <algorithm>
+#include <cmath>
+#include <vector>
 
 namespace qel {
 namespace main {
@@ -36,6 +39,34 @@ void AbstractParameter::setDefaultParameterForDefaultGUI(const QString& text)
 void AbstractParameter::setCastClass(CastClass* newCastClass)
 {
     castClass = newCastClass;
+}
+
+namespace {
+
+template <class T>
+bool allFinite(const void* value)
+{
+    const auto& numbers = *static_cast<const std::vector<T>*>(value);
+    return std::all_of(numbers.begin(), numbers.end(), [](T number) { return std::isfinite(number); });
+}
+
+} // namespace
+
+bool AbstractParameter::holdsFiniteValue() const
+{
+    const void* value = getValuePointer();
+    if (!value)
+        return true;
+    const std::type_info& type = getTypeInfo();
+    if (type == typeid(double))
+        return std::isfinite(*static_cast<const double*>(value));
+    if (type == typeid(float))
+        return std::isfinite(*static_cast<const float*>(value));
+    if (type == typeid(std::vector<double>))
+        return allFinite<double>(value);
+    if (type == typeid(std::vector<float>))
+        return allFinite<float>(value);
+    return true;
 }
 
 bool AbstractParameter::isCastable(const QString& text) const

@@ -46,6 +46,9 @@ public:
     bool isCastable(const QString& text) const;
 
     const std::type_info& getTypeInfo() const { return *typeInfo; }
+    // False when the value is a number or list of numbers with an infinity or NaN in it;
+    // true for every other value and for none.
+    bool holdsFiniteValue() const;
     bool ownsItsValue() const { return ownsValue; }
 
     void setParameterPanelFactory(ParameterPanelFactory* factory) { panelFactory = factory; }

@@ -222,6 +222,18 @@ void Command::disableCommand(bool disable)
     disableGUIDescriptors(getGUIDescriptors(), disable);
 }
 
+int Command::findNonFiniteArgument() const
+{
+    if (!selectedParameterSet)
+        return -1;
+    const std::deque<AbstractParameter*>& parameters = *selectedParameterSet->getParameterList();
+    for (size_t i = 0; i < parameters.size(); ++i) {
+        if (!parameters[i]->holdsFiniteValue())
+            return static_cast<int>(i);
+    }
+    return -1;
+}
+
 QString Command::toCommandString() const
 {
     QStringList arguments;

@@ -86,6 +86,10 @@ public:
     bool isRecordable() const { return recordable; }
     void setRecordable(bool record) { recordable = record; }
 
+    // The index of the first argument of the selected set that holds an infinity or NaN,
+    // or -1.
+    int findNonFiniteArgument() const;
+
     // name(a,b,...) from the selected set's values.
     QString toCommandString() const;
 

@@ -135,6 +135,8 @@ std::vector<Command*> CommandProcessor::getCommands() const
     return commands;
 }
 
+// Disabling a command greys its menu and toolbar entries; a typed or scripted string still
+// runs, and execute deals with what is missing.
 bool CommandProcessor::executeCommand(const QString& commandString, Command::CommandExecution mode, bool record)
 {
     QString error;
@@ -143,6 +145,8 @@ bool CommandProcessor::executeCommand(const QString& commandString, Command::Com
         reportMessage(error);
         return false;
     }
+    if (refuseNonFiniteArgument(command))
+        return false;
     if (record && command->isRecordable())
         macroRecorder.add(commandString.trimmed());
     return processCommand(command, mode, false);
@@ -158,10 +162,6 @@ Command* CommandProcessor::prepareCommand(const QString& commandString, QString*
     const Command* prototype = getCommand(name);
     if (!prototype) {
         *error = QStringLiteral("Unknown command '%1'").arg(name);
-        return nullptr;
-    }
-    if (prototype->isDisabled()) {
-        *error = QStringLiteral("Command '%1' is disabled").arg(prototype->getName());
         return nullptr;
     }
     const bool withoutSets = prototype->getParameterSets()->empty() && arguments.empty();
@@ -210,6 +210,8 @@ bool CommandProcessor::processCommand(Command* command, Command::CommandExecutio
                               "Null command not processed");
         return false;
     }
+    if (refuseNonFiniteArgument(command))
+        return false;
     if (record && command->isRecordable())
         macroRecorder.add(command->toCommandString());
     switch (mode) {
@@ -221,6 +223,20 @@ bool CommandProcessor::processCommand(Command* command, Command::CommandExecutio
         break;
     }
     return runGuarded(command);
+}
+
+// Text arguments can't be infinite or NaN (the casts refuse them), but a prepared command
+// may carry any value: none of that reaches execute. Deletes a refused command.
+bool CommandProcessor::refuseNonFiniteArgument(Command* command)
+{
+    const int index = command->findNonFiniteArgument();
+    if (index < 0)
+        return false;
+    reportMessage(QStringLiteral("Command '%1' refused: argument %2 is not a finite number")
+                      .arg(command->getName())
+                      .arg(index + 1));
+    delete command;
+    return true;
 }
 
 // Runs and deletes the command; nothing thrown by execute gets past here.

@@ -36,13 +36,15 @@ public:
     // Sorted by name.
     std::vector<Command*> getCommands() const;
 
-    // Parses `name(a,b,...)`, picks the parameter set, fills a clone and runs it. On any
-    // fault a one-line message goes to the sink and the log, nothing runs and it returns false.
+    // Parses `name(a,b,...)`, picks the parameter set, fills a clone and runs it, also when
+    // the command is disabled (that greys its GUI entries only). On any fault a one-line
+    // message goes to the sink and the log, nothing runs and it returns false.
     // `record`: whether the string goes into a recorded macro.
     bool executeCommand(const QString& commandString, Command::CommandExecution mode, bool record);
     // Runs a prepared command and deletes it afterwards (a background one when its thread
     // ends). `record` adds its toCommandString() to a recorded macro. False when execute
-    // threw (reported); a background run answers true once started.
+    // threw or an argument isn't a finite number (reported, not run); a background run
+    // answers true once started.
     bool processCommand(Command* command, Command::CommandExecution mode, bool record);
 
     bool isRecording() const;
@@ -65,6 +67,7 @@ public:
 private:
     Command* prepareCommand(const QString& commandString, QString* error) const;
     QString describeMismatch(const Command* prototype, const std::vector<QString>& arguments) const;
+    bool refuseNonFiniteArgument(Command* command);
     bool runOnApplicationThread(Command* command);
     bool runGuarded(Command* command);
     bool startInBackground(Command* command);

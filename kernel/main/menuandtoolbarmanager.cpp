@@ -341,23 +341,25 @@ void MenuAndToolbarManager::removeHostEntry(CommandGUIDescriptor* descriptor)
     update();
 }
 
+// Disabling is about these entries: a disabled command's entry does nothing, its open
+// function included, while its command string still runs.
 void MenuAndToolbarManager::trigger(CommandGUIDescriptor* descriptor)
 {
+    Command* command = descriptor->getCommand();
+    if (command && command->isDisabled()) {
+        qel::log::Logger::log(2000, "kernel/main/menuandtoolbarmanager", 346,
+                              "qel::main::MenuAndToolbarManager::trigger", nullptr, "Command '%s' is disabled",
+                              qPrintable(command->getName()));
+        return;
+    }
     const CommandGUIDescriptor::GUIOpenFunction open = descriptor->getGUIOpenFunction();
     if (open) {
         open(descriptor->getQAction(), descriptor);
         return;
     }
-    Command* command = descriptor->getCommand();
     if (!command) {
         qel::log::Logger::log(0, "kernel/main/menuandtoolbarmanager", 341, "qel::main::MenuAndToolbarManager::trigger",
                               nullptr, "Entry '%s' has no command", qPrintable(descriptor->getNameOnGUI()));
-        return;
-    }
-    if (command->isDisabled()) {
-        qel::log::Logger::log(2000, "kernel/main/menuandtoolbarmanager", 346,
-                              "qel::main::MenuAndToolbarManager::trigger", nullptr, "Command '%s' is disabled",
-                              qPrintable(command->getName()));
         return;
     }
     if (qel::gui::DefaultCommandWidget* widget = command->getCommandWidget()) {

@@ -68,9 +68,9 @@ public:
     // The entries of one place (flag and location), in their order.
     std::vector<CommandGUIDescriptor*> getEntries(int flag, const QString& location) const;
 
-    // What an entry does when its action triggers: the descriptor's own function, the
-    // command's own window, a direct run of a command without parameters, or the
-    // parameter dialog.
+    // What an entry does when its action triggers: nothing (logged) for a disabled command,
+    // else the descriptor's own function, the command's own window, a direct run of a
+    // command without parameters, or the parameter dialog.
     void trigger(CommandGUIDescriptor* descriptor);
 
     // A position the host gives a place name of its own ("File", say), used when no

@@ -116,6 +116,12 @@ public:
 
     virtual void bind(T** outside)
     {
+        // An outside pointer that holds this very value takes it over as it is: deleting
+        // first would hand back freed memory.
+        if (outside && *outside == value && value) {
+            binded = outside;
+            return;
+        }
         deleteValue();
         binded = outside;
         if (outside)

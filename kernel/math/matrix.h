@@ -198,35 +198,28 @@ public:
     // nearly singular matrices still invert.
     Matrix getInverse() const
     {
-        static_assert(R == C, "only square matrices have an inverse");
-        if (isIdentity())
-            return *this;
+        Matrix inverse;
+        if (!invertInto(inverse))
+            throwSingular();
+        return inverse;
+    }
 
-        Matrix a(*this);
-        int pivotRows[R];
-        int pivotColumns[R];
-        bool used[R];
-        for (int i = 0; i < R; ++i)
-            used[i] = false;
+    // No infinity and no NaN among the elements.
+    bool isFinite() const
+    {
+        for (int i = 0; i < R * C; ++i) {
+            if (!std::isfinite(values[i]))
+                return false;
+        }
+        return true;
+    }
 
-        for (int round = 0; round < R; ++round) {
-            int pivotRow = -1;
-            int pivotColumn = -1;
-            a.findPivot(used, pivotRow, pivotColumn);
-            used[pivotColumn] = true;
-            if (pivotRow != pivotColumn)
-                a.swapRows(pivotRow, pivotColumn);
-            pivotRows[round] = pivotRow;
-            pivotColumns[round] = pivotColumn;
-            if (a(pivotColumn, pivotColumn) == Traits::Zero)
-                throwSingular();
-            a.eliminate(pivotColumn);
-        }
-        for (int round = R - 1; round >= 0; --round) {
-            if (pivotRows[round] != pivotColumns[round])
-                a.swapColumns(pivotRows[round], pivotColumns[round]);
-        }
-        return a;
+    // Whether the matrix is finite and getInverse would succeed with a finite result:
+    // what a transform must be so that every later product and inverse stays defined.
+    bool isInvertible() const
+    {
+        Matrix inverse;
+        return isFinite() && invertInto(inverse) && inverse.isFinite();
     }
 
     // Logs the title (if any) and one line per row at level 4000.
@@ -247,6 +240,43 @@ public:
     }
 
 private:
+    // The elimination of getInverse; false at a pivot that is exactly zero.
+    bool invertInto(Matrix& inverse) const
+    {
+        static_assert(R == C, "only square matrices have an inverse");
+        if (isIdentity()) {
+            inverse = *this;
+            return true;
+        }
+
+        Matrix a(*this);
+        int pivotRows[R];
+        int pivotColumns[R];
+        bool used[R];
+        for (int i = 0; i < R; ++i)
+            used[i] = false;
+
+        for (int round = 0; round < R; ++round) {
+            int pivotRow = -1;
+            int pivotColumn = -1;
+            a.findPivot(used, pivotRow, pivotColumn);
+            used[pivotColumn] = true;
+            if (pivotRow != pivotColumn)
+                a.swapRows(pivotRow, pivotColumn);
+            pivotRows[round] = pivotRow;
+            pivotColumns[round] = pivotColumn;
+            if (a(pivotColumn, pivotColumn) == Traits::Zero)
+                return false;
+            a.eliminate(pivotColumn);
+        }
+        for (int round = R - 1; round >= 0; --round) {
+            if (pivotRows[round] != pivotColumns[round])
+                a.swapColumns(pivotRows[round], pivotColumns[round]);
+        }
+        inverse = a;
+        return true;
+    }
+
     static std::string functionName(const char* method)
     {
         return std::string("qel::math::Matrix<") + Traits::name() + "," + std::to_string(R) + ","

@@ -3,8 +3,11 @@
 #include "kernel/math/matrix.h"
 #include "kernel/math/numerictraits.h"
 #include "kernel/math/vector.h"
+#include "kernel/util/exception.h"
 
+#include <QString>
 #include <cmath>
+#include <string>
 
 namespace qel {
 namespace math {
@@ -131,21 +134,32 @@ public:
     Quaternion getConjugate() const { return Quaternion(-x(), -y(), -z(), w()); }
 
     // The conjugate divided by the squared norm, each component snapped.
-    // The zero quaternion has no inverse and is returned as it is, which
-    // keeps its meaning of the identity rotation.
+    // A quaternion whose squared norm is zero (also by underflow) or not
+    // finite has no usable inverse: that raises qel::Exception rather than
+    // handing on infinities or NaN.
     Quaternion getInverse() const
     {
         const T squaredNorm = x() * x() + y() * y() + z() * z() + w() * w();
-        if (squaredNorm == Traits::Zero)
-            return *this;
+        if (squaredNorm == Traits::Zero || !std::isfinite(squaredNorm))
+            throwNotInvertible();
         const Quaternion conjugate = getConjugate();
         Quaternion result;
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             result[i] = snap(conjugate[i] / squaredNorm);
+            if (!std::isfinite(result[i]))
+                throwNotInvertible();
+        }
         return result;
     }
 
 private:
+    [[noreturn]] static void throwNotInvertible()
+    {
+        const std::string function = std::string("qel::math::Quaternion<") + Traits::name() + ">::getInverse";
+        throw qel::Exception(QStringLiteral("Can't build inverse, because the quaternion is zero or not finite!"),
+                             "kernel/math/quaternion", __LINE__, function.c_str());
+    }
+
     T values[4];
 };
 

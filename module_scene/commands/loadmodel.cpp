@@ -288,6 +288,13 @@ void LoadModel::execute()
     bool inPlace = false;
     if (!readParameters(files, name, inPlace))
         return;
+    // A script may run while something holds the scene's structure (an alignment, say):
+    // the menu entry is disabled then, and the string is refused here.
+    if (qel::scene::_GlobalScene()->isStructureLocked()) {
+        log::Logger::log(2000, LogFile, 290, ExecuteFunction, nullptr,
+                         tr("The scene's structure is locked: no model can be loaded now"));
+        return;
+    }
     for (const QString& file : files) {
         if (file.isEmpty())
             continue;

@@ -60,9 +60,26 @@ TEST_F(CommandTest, MeasureFromAUnitLineBetweenTwoPoints)
     EXPECT_EQ(1, log.count("Measure results to 0 - ignoring.", 2000));
     EXPECT_EQ(2.0, scene()->getMeasuring());
 
-    // A line of length 0 gives an infinite measure, which is taken as it is.
-    ASSERT_TRUE(run("measure(50,[0,0,0],[0,0,0])"));
-    EXPECT_TRUE(std::isinf(scene()->getMeasuring()));
+}
+
+// A measure that is negative, infinite or NaN would mirror or wipe out every shown
+// coordinate: each is refused with one line and the measure stays.
+TEST_F(CommandTest, MeasuresThatAreNotFinitePositiveNumbersAreRefusedWithOneLine)
+{
+    ASSERT_TRUE(run("measure(2.5)"));
+    EventRecorder events({qel::scene::SCENE_MEASURING_CHANGED});
+    for (const char* command : {"measure(-2)", "measure(50,[0,0,0],[0,0,0])", "measure(0,[0,0,0],[0,0,0])",
+                                "measure(-10,[0,0,0],[1,0,0])"}) {
+        LogCapture log;
+        run(command);
+        int consoleLines = 0;
+        for (const qel::log::LogRecord& record : log.records())
+            consoleLines += record.level <= 2000 ? 1 : 0;
+        EXPECT_EQ(1, consoleLines) << command;
+        EXPECT_TRUE(log.contains("Measuring must be a finite positive number", 2000)) << command;
+        EXPECT_EQ(2.5, scene()->getMeasuring()) << command;
+    }
+    EXPECT_TRUE(events.records.empty());
 }
 
 TEST_F(CommandTest, TwoPickedPointsBecomeTheDialogsLineEnds)

@@ -242,3 +242,33 @@ TEST_F(CommandTest, ARefusedMoveLeavesTheMatricesAsTheyWere)
     ASSERT_TRUE(run("undo"));
     EXPECT_MATRIX_EQ(Matrix4::translation(1, 0, 0), model->getTransformMatrix());
 }
+
+// Each refusal is one line at console level, naming what was refused, and moves nothing.
+TEST_F(CommandTest, MovesToNonFiniteOrSingularMatricesAreRefusedWithOneLine)
+{
+    auto model = addElement("Model");
+    ASSERT_TRUE(run("translate(Model,1,2,3,1)"));
+    const Matrix4 transform = model->getTransformMatrix();
+    const Matrix4 past = model->getPastTransformMatrix();
+    const Matrix4 origin = model->getOrigin();
+
+    for (const char* command :
+         {"translate(Model,1e308,0,0,1)", "translate(Model,1e308,1e308,1e308,0)",
+          "transform(Model,[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0])", "transform(Model,[1,0,0,0,0,1,0,0,0,0,0,0,0,0,0,1])"}) {
+        LogCapture log;
+        run(command);
+        int consoleLines = 0;
+        for (const qel::log::LogRecord& record : log.records())
+            consoleLines += record.level <= 2000 ? 1 : 0;
+        EXPECT_EQ(1, consoleLines) << command;
+        EXPECT_TRUE(log.contains("Model", 2000)) << command;
+        EXPECT_TRUE(model->getTransformMatrix().isFinite()) << command;
+        EXPECT_MATRIX_EQ(transform, model->getTransformMatrix());
+        EXPECT_MATRIX_EQ(past, model->getPastTransformMatrix());
+        EXPECT_MATRIX_EQ(origin, model->getOrigin());
+    }
+    // A step that a refused move left puts back what is there.
+    while (undoSteps() > 1)
+        ASSERT_TRUE(run("undo"));
+    EXPECT_MATRIX_EQ(transform, model->getTransformMatrix());
+}

@@ -17,6 +17,8 @@
 #include <QThread>
 #include <boost/function.hpp>
 #include <gtest/gtest.h>
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 
 using qel::main::Command;
@@ -287,14 +289,70 @@ TEST_F(CommandProcessorTest, EachRunWorksOnItsOwnClone)
     EXPECT_EQ(-1, original->getSelectedID());
 }
 
-TEST_F(CommandProcessorTest, DisabledCommandIsRefused)
+// Disabling greys the GUI entries; the string of a disabled command still runs, typed,
+// scripted or from a macro, and its execute deals with what is missing.
+TEST_F(CommandProcessorTest, DisabledCommandStillRunsFromItsString)
 {
     prototype("viewscene")->disableCommand(true);
-    EXPECT_FALSE(processor.executeCommand("viewscene", Command::EXECUTE_SYNCHRONOUS, true));
-    EXPECT_EQ((QStringList{"Command 'viewscene' is disabled"}), messages);
-    prototype("viewscene")->disableCommand(false);
+    prototype("translate")->disableCommand(true);
     EXPECT_TRUE(processor.executeCommand("viewscene", Command::EXECUTE_SYNCHRONOUS, true));
-    EXPECT_EQ(1u, runs.all().size());
+    EXPECT_TRUE(processor.executeCommand("translate(a,1,2,3,1)", Command::EXECUTE_APPLICATIONTHREAD, false));
+
+    const QString macro = QDir::temp().filePath("qel_disabled_macro.txt");
+    QFile file(macro);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Text));
+    file.write("viewscene\n");
+    file.close();
+    EXPECT_TRUE(processor.runMacro(macro));
+    QFile::remove(macro);
+
+    EXPECT_TRUE(messages.isEmpty()) << messages.join("\n").toStdString();
+    const std::vector<ProbeRun> all = runs.all();
+    ASSERT_EQ(3u, all.size());
+    EXPECT_EQ("viewscene", all[0].command);
+    EXPECT_EQ((QStringList{"a", "1", "2", "3", "1"}), all[1].arguments);
+    EXPECT_EQ("viewscene", all[2].command);
+    EXPECT_TRUE(prototype("viewscene")->isDisabled());
+    prototype("viewscene")->disableCommand(false);
+    prototype("translate")->disableCommand(false);
+}
+
+// A prepared command can carry values that no text would give: an infinity or NaN never
+// reaches execute, whichever way the command comes in.
+TEST_F(CommandProcessorTest, NonFiniteArgumentsAreRefusedBeforeExecute)
+{
+    const double notFinite[] = {std::numeric_limits<double>::infinity(), std::nan("")};
+    for (double value : notFinite) {
+        messages.clear();
+        Command* command = prototype("selectpoint")->clone();
+        ASSERT_TRUE(command->setParameters({"1", "2", "3"}));
+        *static_cast<double*>(command->getSelectedParameterSet()->getParameter(1)->getValuePointer()) = value;
+        qel::test::LogCapture log;
+        EXPECT_FALSE(processor.processCommand(command, Command::EXECUTE_SYNCHRONOUS, false));
+        EXPECT_EQ((QStringList{"Command 'selectpoint' refused: argument 2 is not a finite number"}), messages);
+        EXPECT_EQ(1, log.count("argument 2 is not a finite number", 1000));
+    }
+
+    // Nor does it go into a recorded macro.
+    messages.clear();
+    const QString macro = QDir::temp().filePath("qel_nonfinite_macro.txt");
+    ASSERT_TRUE(processor.getMacroRecorder()->start(macro));
+    Command* list = prototype("selectpoint")->clone();
+    ASSERT_TRUE(list->setParameters({"a", "[1,2,3]", "4"}));
+    (*static_cast<std::vector<double>*>(list->getSelectedParameterSet()->getParameter(1)->getValuePointer()))[2] =
+        std::numeric_limits<double>::infinity();
+    EXPECT_FALSE(processor.processCommand(list, Command::EXECUTE_APPLICATIONTHREAD, true));
+    EXPECT_EQ((QStringList{"Command 'selectpoint' refused: argument 2 is not a finite number"}), messages);
+    EXPECT_TRUE(processor.getMacroRecorder()->getCommands().isEmpty());
+    processor.getMacroRecorder()->stop();
+    QFile::remove(macro);
+
+    // Text never gets that far: the cast refuses it and says which argument.
+    messages.clear();
+    EXPECT_FALSE(processor.executeCommand("selectpoint(1,inf,3)", Command::EXECUTE_SYNCHRONOUS, false));
+    EXPECT_EQ(1, messages.size());
+    EXPECT_TRUE(runs.all().empty());
+    EXPECT_EQ(3, runs.deletions);
 }
 
 TEST_F(CommandProcessorTest, EveryExceptionOutOfExecuteIsCaught)

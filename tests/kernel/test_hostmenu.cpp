@@ -232,6 +232,13 @@ TEST_F(MenuTest, ActionsRunOpenOrAskForParameters)
     EXPECT_EQ(1, executed.size());
     EXPECT_EQ(1, log.count("'fittoview' is disabled", 2000));
 
+    // A disabled entry doesn't open its own dialog either.
+    opened->disableCommand(true);
+    entryOf("loadmodel")->getQAction()->trigger();
+    EXPECT_EQ(QStringList({"loadmodel/loadmodel"}), openCalls);
+    EXPECT_EQ(1, log.count("'loadmodel' is disabled", 2000));
+    opened->disableCommand(false);
+
     // The entry is restricted to the focused form: the dialog offers that set alone.
     int offeredSets = 0;
     QTimer::singleShot(0, [&offeredSets]() {

@@ -112,9 +112,11 @@ namespace {
 
 struct Target
 {
-    void take(int* value) { received = *value; }
+    void take(int value) { received = value; }
+    void takeAddress(int* address) { receivedAddress = address; }
     void poke() { ++pokes; }
     int received = 0;
+    int* receivedAddress = nullptr;
     int pokes = 0;
 };
 
@@ -129,18 +131,26 @@ struct Recorder : qel::util::ZObserver
 TEST(Lifetime, DelegateCallsWithTheCapturedArgument)
 {
     Target target;
+    int value = 1;
+    qel::util::Delegate<Target, int> byValue(&target, &Target::take, value);
+    value = 5;
+    byValue.invoke();
+    EXPECT_EQ(1, target.received);
+
+    // A pointer argument is captured as the pointer: reseating the caller's variable later
+    // doesn't redirect the call.
     int first = 1;
     int second = 2;
-    qel::util::Delegate<Target, int*> delegate(&target, &Target::take, &first);
-    first = 5; // the pointer is captured, so the pointee's value at call time counts
-    second = 7;
-    delegate.invoke();
-    EXPECT_EQ(5, target.received);
+    int* current = &first;
+    qel::util::Delegate<Target, int*> byAddress(&target, &Target::takeAddress, current);
+    current = &second;
+    byAddress.invoke();
+    EXPECT_EQ(&first, target.receivedAddress);
+
     qel::util::Delegate0<Target> poke(&target, &Target::poke);
     poke.invoke();
     poke.invoke();
     EXPECT_EQ(2, target.pokes);
-    (void)second;
 }
 
 TEST(Lifetime, ObserversReceiveThePayload)

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 
 using qel::math::Box4;
@@ -110,7 +111,20 @@ TEST(MathQuaternion, ProductAndInverse)
     EXPECT_EQ(Quat(-1, 0, 0, 0), Quat(1, 0, 0, 0).getInverse());
     EXPECT_EQ(Quat(0, -0.5, 0, 0.5), Quat(0, 1, 0, 1).getInverse().getInverse().getInverse());
     EXPECT_EQ(Quat(0, 0, 0, 1), Quat(1e-13, 0, 0, 1).getInverse());
-    EXPECT_EQ(Quat(), Quat().getInverse());
+
+    // Without a usable norm there is no inverse: the failure is raised, not handed on as NaN.
+    for (const Quat& degenerate : {Quat(), Quat(1e-170, 0, 0, 0), Quat(std::nan(""), 0, 0, 1),
+                                   Quat(0, std::numeric_limits<double>::infinity(), 0, 1)}) {
+        try {
+            degenerate.getInverse();
+            ADD_FAILURE() << "no exception for (" << degenerate.x() << ", " << degenerate.y() << ", "
+                          << degenerate.z() << ", " << degenerate.w() << ")";
+        } catch (const qel::Exception& e) {
+            EXPECT_EQ("kernel/math/quaternion", e.getFile());
+            EXPECT_EQ("qel::math::Quaternion<double>::getInverse", e.getFunction());
+            EXPECT_TRUE(e.getMessage().contains("Can't build inverse")) << e.getMessage().toStdString();
+        }
+    }
 
     std::mt19937 generator(7);
     std::uniform_real_distribution<double> value(-1.0, 1.0);

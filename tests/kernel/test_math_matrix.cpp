@@ -147,6 +147,28 @@ TEST(MathMatrix, SingularMatrixThrowsTinyPivotDoesNot)
     EXPECT_EQ(1.0, inverse(3, 3));
 }
 
+TEST(MathMatrix, UsableTransformsAreFiniteAndInvertible)
+{
+    EXPECT_TRUE(Matrix4::identity().isInvertible());
+    EXPECT_TRUE(Matrix4::translation(1e300, -2, 3).isInvertible());
+    EXPECT_TRUE(Matrix4::scaling(1e-200).isInvertible());
+
+    Matrix4 notANumber = Matrix4::identity();
+    notANumber[13] = std::nan("");
+    Matrix4 infinite = Matrix4::identity();
+    infinite[0] = std::numeric_limits<double>::infinity();
+    for (const Matrix4& broken : {notANumber, infinite}) {
+        EXPECT_FALSE(broken.isFinite());
+        EXPECT_FALSE(broken.isInvertible());
+    }
+    EXPECT_TRUE(Matrix4().isFinite());
+    EXPECT_FALSE(Matrix4().isInvertible());
+    EXPECT_FALSE(Matrix4::scaling(0).isInvertible());
+    EXPECT_FALSE(Matrix4::fromRows({1, 2, 3, 4, 1, 2, 3, 4, 0, 1, 0, 0, 0, 0, 1, 1}).isInvertible());
+    // Invertible on paper, but the inverse overflows.
+    EXPECT_FALSE(Matrix4::scaling(1e-310).isInvertible());
+}
+
 TEST(MathMatrix, DumpLogsTitleAndRows)
 {
     const Matrix4 m = Matrix4::translation(0.5, -2, 1e-20);

@@ -87,6 +87,24 @@ TEST(Parameter, BorrowedValueIsNeverFreed)
     EXPECT_EQ(7.0, shared);
 }
 
+TEST(Parameter, BindingToItsOwnValueKeepsIt)
+{
+    Owned<double> parameter;
+    ASSERT_TRUE(parameter.castString("6.5"));
+    double* outside = parameter.getValue();
+    parameter.bind(&outside);
+    ASSERT_TRUE(parameter.hasValue());
+    EXPECT_EQ(outside, parameter.getValue());
+    EXPECT_EQ(6.5, *parameter.getValue());
+
+    // Bound again to the same pointer: still the same value, and it follows later casts.
+    parameter.bind(&outside);
+    EXPECT_EQ(6.5, *outside);
+    ASSERT_TRUE(parameter.castString("1"));
+    EXPECT_EQ(parameter.getValue(), outside);
+    EXPECT_EQ(1.0, *outside);
+}
+
 TEST(Parameter, CopyValueSharesOnlyBetweenSameTypes)
 {
     Owned<int> source;

@@ -178,13 +178,17 @@ TEST(SceneElementTree, ReorderPutsTheNamedChildsFirstAndIgnoresStrangers)
 
     parent->reorderChilds({c, stranger});
     EXPECT_EQ((QStringList{"c", "a", "b"}), namesOf(*parent->getChilds()));
+    // Each named entry that is a child goes in as named, a repeated one as often.
     parent->reorderChilds({b, a, b});
-    EXPECT_EQ((QStringList{"b", "a", "c"}), namesOf(*parent->getChilds()));
+    EXPECT_EQ((QStringList{"b", "a", "b", "c"}), namesOf(*parent->getChilds()));
+    // The unnamed children follow once each, in their order.
+    parent->reorderChilds({c});
+    EXPECT_EQ((QStringList{"c", "b", "a"}), namesOf(*parent->getChilds()));
 
-    ASSERT_EQ(2u, events.records.size());
+    ASSERT_EQ(3u, events.records.size());
     EXPECT_EQ(nullptr, events.records[0].data);
     EXPECT_EQ(parent.get(), events.records[0].source);
-    EXPECT_EQ(std::vector<int>(2, SceneElement::CHANGE_PROPERTY), observer.causes);
+    EXPECT_EQ(std::vector<int>(3, SceneElement::CHANGE_PROPERTY), observer.causes);
     EXPECT_TRUE(stranger->getParentSceneElement().isNull());
     parent->detachObserver(&observer);
     parent->clearChilds();

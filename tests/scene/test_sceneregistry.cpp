@@ -466,3 +466,105 @@ TEST(SceneRegistry, RegisteringTwiceChangesNothingButKeepsALevelOfTheLock)
     scene->unlock();
     EXPECT_FALSE(lockedElsewhere(scene.get()));
 }
+
+TEST(SceneRegistry, FreeNamesFollowRenamesAndRemovals)
+{
+    SceneHolder scene;
+    Element first = make("Model");
+    scene->addElement(first);
+    for (int i = 0; i < 3; ++i)
+        scene->addElement(make("Model"));
+    scene->removeElement(scene->getSceneElement("Model_1"));
+    // The lowest free number is taken again, the others stay taken.
+    scene->addElement(make("Model"));
+    EXPECT_EQ("Model_1", scene->getElementList()->back()->getName());
+    scene->addElement(make("Model"));
+    EXPECT_EQ("Model_4", scene->getElementList()->back()->getName());
+
+    // A renamed element is found by its new name only, and its old name is free.
+    first->setName("Renamed");
+    EXPECT_EQ(first.get(), scene->getSceneElement("Renamed").get());
+    EXPECT_TRUE(scene->isNameAvailable("Model"));
+    EXPECT_FALSE(scene->isNameAvailable("Renamed"));
+    scene->addElement(make("Model"));
+    EXPECT_EQ("Model", scene->getElementList()->back()->getName());
+    scene->addElement(make("Renamed"));
+    EXPECT_EQ("Renamed_1", scene->getElementList()->back()->getName());
+    scene->getSceneElement("Model_2")->setName("Other");
+    scene->addElement(make("Model"));
+    EXPECT_EQ("Model_2", scene->getElementList()->back()->getName());
+
+    // A removed element takes its name along.
+    scene->removeElement(first);
+    EXPECT_TRUE(scene->getSceneElement("Renamed").isNull());
+    EXPECT_TRUE(scene->isNameAvailable("Renamed"));
+}
+
+TEST(SceneRegistry, ManyAlikeNamesAreNumberedInOrderAndFoundByName)
+{
+    SceneHolder scene;
+    const int count = 3000;
+    for (int i = 0; i < count; ++i)
+        scene->addElement(make("Part"));
+    const Scene::ElementList& elements = *scene->getElementList();
+    ASSERT_EQ(static_cast<size_t>(count) + 2, elements.size());
+    int index = -2;
+    for (const auto& element : elements) {
+        if (index > 0) {
+            EXPECT_EQ(QString("Part_%1").arg(index), element->getName());
+        }
+        ++index;
+    }
+    EXPECT_EQ("Part_2999", scene->getSceneElement("Part_2999")->getName());
+    EXPECT_EQ("Part", scene->getSceneElement("Part")->getName());
+    EXPECT_TRUE(scene->getSceneElement("Part_3000").isNull());
+}
+
+// A removed element leaves the selection with it: a later removal or clearing of the
+// selection node must not remove it a second time.
+TEST(SceneRegistry, CleaningASceneWithASelectionRemovesEachElementOnce)
+{
+    SceneHolder scene;
+    Element a = make("A");
+    Element b = make("B");
+    Element child = make("Child");
+    a->addChild(child);
+    scene->addElement(a);
+    scene->addElement(b);
+    Scene::ElementList selection{a, b};
+    qel::main::Event select(SCENE_ELEMENTS_SELECTION, &selection, nullptr, false);
+    qel::main::EventManager::getInstance()->fireEvent(select);
+    ASSERT_EQ(2u, scene->getSelectionNode()->getChilds()->size());
+
+    EventRecorder events{SCENE_ELEMENT_REMOVED};
+    QStringList removed;
+    events.onEvent = [&removed](const qel::main::Event* event) {
+        removed << static_cast<SceneElement*>(event->getData())->getName();
+    };
+    scene->cleanScene();
+    EXPECT_EQ((QStringList{"B", "Child", "A"}), removed);
+    EXPECT_TRUE(scene->getSelectionNode()->getChilds()->empty());
+    EXPECT_TRUE(scene->getSelectedElements().empty());
+    scene->clearScene();
+    EXPECT_EQ((QStringList{"B", "Child", "A", "MultipleElementsSelection"}), removed);
+}
+
+// The functions of a name run before their entry goes; what they register for the name
+// meanwhile goes with it.
+TEST(SceneRegistry, InitFunctionsOfANameRunAllAndThenTheirEntryGoes)
+{
+    SceneHolder scene;
+    QStringList calls;
+    scene->registerInitFunctionForElementName("Late", [&](SceneElement* element, void*) {
+        calls << "first:" + element->getName();
+        scene->registerInitFunctionForElementName("Late", [&calls](SceneElement*, void*) { calls << "again"; },
+                                                  nullptr);
+    }, nullptr);
+    scene->registerInitFunctionForElementName("Late", [&calls](SceneElement*, void*) { calls << "second"; }, nullptr);
+    Element late = make("Late");
+    scene->addElement(late);
+    EXPECT_EQ((QStringList{"first:Late", "second"}), calls);
+
+    scene->callInitFunctionsForElementName(late.get());
+    EXPECT_EQ((QStringList{"first:Late", "second"}), calls);
+}

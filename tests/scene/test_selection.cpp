@@ -5,7 +5,9 @@
 #include "support/logcapture.h"
 #include "testelement.h"
 
+#include <cmath>
 #include <future>
+#include <limits>
 #include <gtest/gtest.h>
 
 using namespace qel::scene;
@@ -255,9 +257,19 @@ TEST(SceneScale, MeasuringRefusesZeroAndTellsLinesElements)
     EXPECT_FALSE(scene->isChanged());
     EXPECT_EQ(0, lines->updates);
 
-    scene->setMeasuring(-25.4);
-    EXPECT_EQ(-25.4, scene->getMeasuring());
-    EXPECT_EQ(std::vector<double>{-25.4}, told);
+    // A negative or non-finite measure would mirror or wipe out every shown coordinate.
+    for (double bad : {-25.4, std::numeric_limits<double>::infinity(), std::nan("")}) {
+        log.clear();
+        scene->setMeasuring(bad);
+        EXPECT_EQ(1, log.count("Measuring must be a finite positive number", 2000)) << bad;
+    }
+    EXPECT_EQ(1.0, scene->getMeasuring());
+    EXPECT_TRUE(told.empty());
+    EXPECT_FALSE(scene->isChanged());
+
+    scene->setMeasuring(25.4);
+    EXPECT_EQ(25.4, scene->getMeasuring());
+    EXPECT_EQ(std::vector<double>{25.4}, told);
     EXPECT_EQ(1, lines->updates);
     EXPECT_TRUE(scene->isChanged());
 }
