@@ -5,7 +5,9 @@
 #include "module_scene/gui/scenepanel.h"
 #include "module_scene/gui/viewer.h"
 #include "module_scene/scene.h"
+#include "module_scene/meshmodel.h"
 #include "module_scene/scenelocker.h"
+#include "module_scene/scenevcgmodel.h"
 #include "module_scene/selectedpoint.h"
 
 #include <QImage>
@@ -40,12 +42,32 @@ QJsonArray matrix(const Matrix4& values)
     return entries;
 }
 
-QJsonObject elementObject(const SceneElement* element)
+QString colorText(const QColor& color)
+{
+    return color.name(QColor::HexRgb);
+}
+
+// What a model adds: its mesh's live counts, its face selection and its look.
+void addModelEntries(SceneVCGModel* model, QJsonObject& object)
+{
+    const MeshModel* mesh = model->getMeshModel();
+    object.insert("vertices", mesh ? mesh->cm.vn : 0);
+    object.insert("faces", mesh ? mesh->cm.fn : 0);
+    object.insert("selectedFaces", static_cast<int>(model->getSelectedFaces().size()));
+    object.insert("modelColor", colorText(model->getModelColor()));
+    object.insert("clippingColor", colorText(model->getClippingColor()));
+    object.insert("ambientColor", colorText(model->getAmbientColor()));
+    object.insert("diffuseColor", colorText(model->getDiffuseColor()));
+    object.insert("specularColor", colorText(model->getSpecularColor()));
+    object.insert("shininess", number(model->getShininess()));
+}
+
+QJsonObject elementObject(SceneElement* element)
 {
     QJsonArray childs;
     for (const SceneElement::Pointer& child : *element->getChilds())
         childs.append(child->getName());
-    return {{"name", element->getName()},
+    QJsonObject object{{"name", element->getName()},
             {"type", element->getTypeName()},
             {"parent", nameOrNull(element->getParentSceneElement().get())},
             {"visible", element->isVisible()},
@@ -53,7 +75,12 @@ QJsonObject elementObject(const SceneElement* element)
             {"complete", matrix(element->getCompleteTransformMatrix())},
             {"origin", matrix(element->getOrigin())},
             {"scalingFactor", number(element->getScalingFactor())},
+            {"opacity", number(element->getOpacity())},
+            {"boundingBoxShown", element->isBoundingBoxVisible()},
             {"childs", childs}};
+    if (auto* model = dynamic_cast<SceneVCGModel*>(element))
+        addModelEntries(model, object);
+    return object;
 }
 
 // A lost point's element may be gone: its name isn't read any more.

@@ -429,7 +429,20 @@ void SceneVCGModel::takeLoadedMesh(MeshModel* mesh, bool complete)
     if (!complete)
         return;
     initMeshModel();
+    restoreSelectionFromFlags();
     meshModel->busy = false;
+}
+
+// Face flags come back from a project as they were saved, the selection mark with them:
+// the set of selected faces is rebuilt from the marks, so that the two agree.
+void SceneVCGModel::restoreSelectionFromFlags()
+{
+    QWriteLocker locker(&selectionLock);
+    selectedFaces.clear();
+    for (const CFaceO& face : meshModel->cm.face) {
+        if (!face.isDeleted() && face.hasFlag(CFaceO::ELEMENT_SELECTED))
+            selectedFaces.insert(&face);
+    }
 }
 
 // The model properties panel is not part of the module yet.

@@ -174,6 +174,7 @@ private:
     void initMeshModel();
     void saveMesh(QXmlStreamWriter* writer, io::ZTarFile* tar, const bool& abort);
     void loadMesh(const QString& entry, io::ZTarFile* tar, bool& abort);
+    void restoreSelectionFromFlags();
     void takeLoadedMesh(MeshModel* mesh, bool complete);
     void drawNormals();
     void applyMaterial();

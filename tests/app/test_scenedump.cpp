@@ -82,8 +82,9 @@ TEST(SceneDump, AnEmptySceneHasItsRootAndSelectionNode)
     EXPECT_EQ("MultipleElementsSelection", selection["type"].toString());
     EXPECT_EQ(root["name"], selection["parent"]);
     for (const QJsonObject& element : {root, selection}) {
-        const QStringList elementKeys = {"name",     "type",   "parent",        "visible", "transform",
-                                         "complete", "origin", "scalingFactor", "childs"};
+        const QStringList elementKeys = {"name",          "type",    "parent",           "visible", "transform",
+                                         "complete",      "origin",  "scalingFactor",    "childs",  "opacity",
+                                         "boundingBoxShown"};
         EXPECT_EQ(elementKeys.size(), element.keys().size());
         for (const QString& key : elementKeys)
             EXPECT_TRUE(element.contains(key)) << key.toStdString();
