@@ -19,6 +19,11 @@ void BenchReport::print() const
     std::fflush(stdout);
 }
 
+void BenchReport::printTarget(const char* text, bool met)
+{
+    std::printf("  target: %-44s %s\n", text, met ? "met" : "MISSED");
+}
+
 bool BenchReport::writeJson(const QString& path) const
 {
     QJsonObject object;

@@ -12,6 +12,8 @@ public:
 
     void add(const QString& key, double value, const QString& unit = QString());
     void print() const;
+    // One line under the table: what the figures should meet, and whether they do.
+    static void printTarget(const char* text, bool met);
     // Returns false and says why on stderr when the file can't be written.
     bool writeJson(const QString& path) const;
 

@@ -2,36 +2,25 @@
 
 #include "benchoptions.h"
 #include "benchreport.h"
-#include "kernel/main/modulemanager.h"
-#include "kernel/main/overseer.h"
-#include "module_scene/io/importer.h"
 #include "module_scene/io/loader.h"
 #include "module_scene/meshmodel.h"
-#include "module_scene/modulescenefactory.h"
+#include "scenemodulesession.h"
+#include "toruswriter.h"
 
-#include <QApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QLibrary>
 #include <QTemporaryDir>
-#include <QtEndian>
-#include <array>
 #include <assimp/cimport.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <vector>
-#if defined(Q_OS_UNIX)
-#include <unistd.h>
-#endif
 
 namespace {
-
-const double PI = 3.14159265358979323846;
 
 struct Options
 {
@@ -56,167 +45,6 @@ bool parseOptions(int argc, char** argv, Options& options)
     options.format = parsed.text("format");
     return options.triangles >= 8 && options.runs >= 1 && (options.format == "stl" || options.format == "ply");
 }
-
-// The torus grid: rings x segments quads, two triangles each, every grid point shared by six
-// triangles, so the load merges the STL's 3 corners per triangle down to rings x segments.
-// As PLY, each grid point is written once.
-class TorusWriter
-{
-public:
-    explicit TorusWriter(long long wantedTriangles)
-    {
-        rings = static_cast<int>(std::ceil(std::sqrt(wantedTriangles / 2.0)));
-        segments = static_cast<int>(wantedTriangles / (2LL * rings));
-    }
-
-    long long triangles() const { return 2LL * rings * segments; }
-    long long gridPoints() const { return static_cast<long long>(rings) * segments; }
-
-    long long fileSize(bool ply) const
-    {
-        return ply ? plyHeader().size() + 12 * gridPoints() + 13 * triangles() : 84 + 50 * triangles();
-    }
-
-    // Binary STL, every corner written out, or binary PLY, each grid point once.
-    bool write(const QString& path, bool ply) const
-    {
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            return false;
-        if (ply)
-            writePly(file);
-        else
-            writeStl(file);
-        // On disk before anything is timed, so that no write-back runs beside the reads.
-        file.flush();
-#if defined(Q_OS_UNIX)
-        ::fsync(file.handle());
-#endif
-        return file.error() == QFile::NoError;
-    }
-
-private:
-    struct Point
-    {
-        float x, y, z;
-    };
-
-    // The two triangles of grid square (ring, segment), as grid point numbers.
-    std::array<long long, 6> square(int ring, int segment) const
-    {
-        const int nextRing = (ring + 1) % rings;
-        const int nextSegment = (segment + 1) % segments;
-        auto number = [this](int r, int s) { return static_cast<long long>(r) * segments + s; };
-        return {number(ring, segment), number(nextRing, segment), number(nextRing, nextSegment),
-                number(ring, segment), number(nextRing, nextSegment), number(ring, nextSegment)};
-    }
-
-    Point pointNumbered(long long number) const
-    {
-        return point(static_cast<int>(number / segments), static_cast<int>(number % segments));
-    }
-
-    // Writes what fill appends, a few MB at a time.
-    template<class Fill>
-    static void writeChunked(QFile& file, long long count, Fill fill)
-    {
-        QByteArray chunk;
-        for (long long item = 0; item < count; ++item) {
-            fill(chunk, item);
-            if (chunk.size() > (4 << 20)) {
-                file.write(chunk);
-                chunk.clear();
-            }
-        }
-        file.write(chunk);
-    }
-
-    void writeStl(QFile& file) const
-    {
-        const QByteArray header = QByteArray("qel-bench torus").leftJustified(80, ' ');
-        char count[4];
-        qToLittleEndian<quint32>(static_cast<quint32>(triangles()), count);
-        file.write(header);
-        file.write(count, 4);
-        writeChunked(file, gridPoints(), [this](QByteArray& chunk, long long number) {
-            const std::array<long long, 6> corners = square(static_cast<int>(number / segments),
-                                                            static_cast<int>(number % segments));
-            appendTriangle(chunk, pointNumbered(corners[0]), pointNumbered(corners[1]), pointNumbered(corners[2]));
-            appendTriangle(chunk, pointNumbered(corners[3]), pointNumbered(corners[4]), pointNumbered(corners[5]));
-        });
-    }
-
-    QByteArray plyHeader() const
-    {
-        return QStringLiteral("ply\nformat binary_little_endian 1.0\nelement vertex %1\nproperty float x\n"
-                              "property float y\nproperty float z\nelement face %2\n"
-                              "property list uchar int vertex_indices\nend_header\n")
-            .arg(gridPoints())
-            .arg(triangles())
-            .toLatin1();
-    }
-
-    void writePly(QFile& file) const
-    {
-        file.write(plyHeader());
-        writeChunked(file, gridPoints(), [this](QByteArray& chunk, long long number) {
-            const Point p = pointNumbered(number);
-            for (float value : {p.x, p.y, p.z})
-                appendFloat(chunk, value);
-        });
-        writeChunked(file, gridPoints(), [this](QByteArray& chunk, long long number) {
-            const std::array<long long, 6> corners = square(static_cast<int>(number / segments),
-                                                            static_cast<int>(number % segments));
-            for (int triangle = 0; triangle < 2; ++triangle) {
-                chunk.append(char(3));
-                for (int corner = 0; corner < 3; ++corner) {
-                    char bytes[4];
-                    qToLittleEndian<qint32>(static_cast<qint32>(corners[3 * triangle + corner]), bytes);
-                    chunk.append(bytes, 4);
-                }
-            }
-        });
-    }
-
-    Point point(int ring, int segment) const
-    {
-        const double major = 100.0;
-        const double minor = 30.0;
-        const double u = 2.0 * PI * ring / rings;
-        const double v = 2.0 * PI * segment / segments;
-        return {static_cast<float>((major + minor * std::cos(v)) * std::cos(u)),
-                static_cast<float>((major + minor * std::cos(v)) * std::sin(u)), static_cast<float>(minor * std::sin(v))};
-    }
-
-    static void appendFloat(QByteArray& data, float value)
-    {
-        quint32 word;
-        std::memcpy(&word, &value, 4);
-        char bytes[4];
-        qToLittleEndian<quint32>(word, bytes);
-        data.append(bytes, 4);
-    }
-
-    // With its facet normal, which differs from triangle to triangle.
-    static void appendTriangle(QByteArray& data, const Point& a, const Point& b, const Point& c)
-    {
-        const float ux = b.x - a.x, uy = b.y - a.y, uz = b.z - a.z;
-        const float vx = c.x - a.x, vy = c.y - a.y, vz = c.z - a.z;
-        float nx = uy * vz - uz * vy, ny = uz * vx - ux * vz, nz = ux * vy - uy * vx;
-        const float length = std::sqrt(nx * nx + ny * ny + nz * nz);
-        if (length > 0.0f) {
-            nx /= length;
-            ny /= length;
-            nz /= length;
-        }
-        for (float value : {nx, ny, nz, a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z})
-            appendFloat(data, value);
-        data.append(2, '\0');
-    }
-
-    int rings;
-    int segments;
-};
 
 // Resident and peak resident memory of this process; the peak can be reset (Linux 4.0 on).
 long long statusBytes(const char* key)
@@ -317,12 +145,9 @@ private:
 LoadFigures loadOnce(const QString& path)
 {
     LoadFigures figures;
-    qel::io::scene::Importer* importer = qel::io::scene::Importer::getInstance();
-    std::unique_ptr<qel::io::scene::Loader> loader(importer->getLoader(path));
-    if (!loader) {
-        std::fprintf(stderr, "qel-bench: no loader for the file; build the target qel_io_plugins\n");
+    std::unique_ptr<qel::io::scene::Loader> loader = SceneModuleSession::loaderFor(path);
+    if (!loader)
         return figures;
-    }
     const long long residentBefore = statusBytes("VmRSS:");
     const bool peakReset = resetPeakMemory();
     const auto start = std::chrono::steady_clock::now();
@@ -402,22 +227,6 @@ LoadFigures loadThroughAssimp(const QString& path)
     return figures;
 }
 
-// The scene module, started as the host starts it (which loads the import plug-ins beside
-// the executable) and taken down as the host takes it down.
-class SceneModuleSession
-{
-public:
-    SceneModuleSession() { qel::main::ModuleManager::getInstance()->addModule(getFactory()); }
-    ~SceneModuleSession() { qel::main::Overseer::destroyInstance(); }
-    SceneModuleSession(const SceneModuleSession&) = delete;
-    SceneModuleSession& operator=(const SceneModuleSession&) = delete;
-};
-
-void printTarget(const char* text, bool met)
-{
-    std::printf("  target: %-44s %s\n", text, met ? "met" : "MISSED");
-}
-
 } // namespace
 
 int runLoadBenchmark(int argc, char** argv)
@@ -427,13 +236,7 @@ int runLoadBenchmark(int argc, char** argv)
         std::fprintf(stderr, "usage: qel-bench load [--triangles N] [--file PATH] [--format stl|ply] [--runs N] [--assimp 0|1] [--json FILE]\n");
         return 2;
     }
-    // Meshes die through the host services, which need an application object.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    std::unique_ptr<QApplication> application;
-    if (!QCoreApplication::instance())
-        application.reset(new QApplication(argc, argv));
-    const SceneModuleSession module;
+    const SceneModuleSession module(argc, argv);
 
     QTemporaryDir folder;
     const bool ply = options.format == "ply";
@@ -471,10 +274,10 @@ int runLoadBenchmark(int argc, char** argv)
     report.add("load_over_read_floor", floor > 0.0 ? load.seconds / floor : -1.0, "x");
     report.add("assimp_over_load", load.seconds > 0.0 ? assimp.seconds / load.seconds : -1.0, "x");
     report.print();
-    printTarget("load at most 6 x the read floor", load.seconds > 0.0 && load.seconds <= 6.0 * floor);
+    BenchReport::printTarget("load at most 6 x the read floor", load.seconds > 0.0 && load.seconds <= 6.0 * floor);
     if (options.assimp)
-        printTarget("load at most a tenth of assimp", load.seconds > 0.0 && assimp.seconds >= 10.0 * load.seconds);
-    printTarget("peak at most 400 MB per million triangles", peakPerMillion >= 0.0 && peakPerMillion <= 400e6);
+        BenchReport::printTarget("load at most a tenth of assimp", load.seconds > 0.0 && assimp.seconds >= 10.0 * load.seconds);
+    BenchReport::printTarget("peak at most 400 MB per million triangles", peakPerMillion >= 0.0 && peakPerMillion <= 400e6);
     std::fflush(stdout);
 
     if (!options.json.isEmpty() && !report.writeJson(options.json))
