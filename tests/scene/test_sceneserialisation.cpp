@@ -244,9 +244,9 @@ TEST_F(SceneProjectTest, SavedSceneOpensWithTreeLooksMeshesAndPoints)
     EXPECT_TRUE(first->isBoundingBoxVisible());
     EXPECT_TRUE(first->isWireframeEnabled());
     EXPECT_EQ(QColor(12, 34, 56), first->getModelColor());
-    // The face selection isn't saved; the faces' flags are.
-    EXPECT_FALSE(first->isFaceSelected());
+    // The face selection travels as the faces' marks and is rebuilt from them.
     EXPECT_TRUE(first->getMeshModel()->cm.face[1].hasFlag(scene::CFaceO::ELEMENT_SELECTED));
+    EXPECT_TRUE(first->isFaceSelected());
 
     const auto plane = find<ClippingPlane>(opened.get(), "ClippingPlane");
     EXPECT_TRUE(plane->isColoringEnabled());
